@@ -1,0 +1,41 @@
+// The bilinear sample, unrounded: the one rule behind every form that takes two floating coordinates.
+#pragma once
+
+#include <orbimg/core/orb_image.h>
+#include <platform/assert.h>
+
+namespace orb {
+
+// One coordinate of a bilinear sample: the cell it falls in and the fraction inside.
+struct CellPosition {
+  int cell;
+  double fraction;
+  bool whole;  // exactly on a sample, and not held at the last one
+};
+
+// Held at size - 1, in the cell before it with a fraction of 1: the last sample comes out of the interpolation.
+inline CellPosition FindCell(double position, int size) {
+  if (position >= size - 1) {
+    int const cell = size > 1 ? size - 2 : 0;
+    return CellPosition{cell, static_cast<double>(size - 1) - cell, false};
+  }
+  int const cell = static_cast<int>(position);
+  return CellPosition{cell, position - cell, cell == position};
+}
+
+// (a1 * f + a0 * (1 - f)) * (1 - g) + (b1 * f + b0 * (1 - f)) * g, a being the upper pair of samples, b the lower. The
+// stored sample at whole coordinates. A side of one sample stands for its own neighbour.
+inline double Bilinear(COrbImage const& image, double x, double y, int plane) {
+  ORB_ASSERT(x >= 0.0 && y >= 0.0);
+  CellPosition const column = FindCell(x, image.GetWidth());
+  CellPosition const row = FindCell(y, image.GetHeight());
+  float const* a = image.GetImageAdr(column.cell, row.cell, plane, 1, nullptr);
+  if (column.whole && row.whole) return a[0];
+  float const* b = image.GetImageAdr(column.cell, row.cell + (image.GetHeight() > 1 ? 1 : 0), plane, 1, nullptr);
+  int const next = image.GetWidth() > 1 ? 1 : 0;
+  double const f = column.fraction;
+  double const g = row.fraction;
+  return (a[next] * f + a[0] * (1 - f)) * (1 - g) + (b[next] * f + b[0] * (1 - f)) * g;
+}
+
+}  // namespace orb

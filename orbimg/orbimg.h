@@ -1,0 +1,15 @@
+// Everything public.
+#pragma once
+
+#include <orbimg/core/float_point.h>
+#include <orbimg/core/image.h>
+#include <orbimg/core/invert.h>
+#include <orbimg/core/operator_run.h>
+#include <orbimg/core/orb_image.h>
+#include <orbimg/resources/message_table.h>
+#include <platform/bitmap_info.h>
+#include <platform/colorref.h>
+#include <platform/global_memory.h>
+#include <platform/host_window.h>
+#include <platform/logfont.h>
+#include <platform/rect.h>

@@ -1,0 +1,7 @@
+#include <platform/object.h>
+
+#include <new>
+
+CObject::~CObject() = default;
+
+void AfxThrowMemoryException() { throw std::bad_alloc(); }
