@@ -1,7 +1,7 @@
 # The commands of everyday work. `make demo` and `make test` are all that a newcomer needs.
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo test check bench install clean format headers sanitize strict clang
+.PHONY: all deps build demo test check bench install clean format headers sanitize strict clang installed
 
 all: build
 
@@ -27,7 +27,7 @@ bench:
 	@build-bench/bench/side_by_side
 
 # Everything that must hold before a change goes in.
-check: format strict clang headers test sanitize
+check: format strict clang headers test sanitize installed
 	@echo "check: all is well"
 
 format:
@@ -55,6 +55,10 @@ sanitize: deps
 	@cmake --preset tsan >/dev/null
 	@cmake --build build-tsan -j $(JOBS) --target orb_catalogue_tests
 	@ctest --test-dir build-tsan --output-on-failure -R catalogue
+
+# A program of somebody else's, built against an installed orbimg by CMake and by pkg-config.
+installed: build
+	@scripts/check-install build
 
 install: build
 	@cmake --install build
