@@ -15,18 +15,29 @@ namespace {
 template <typename Visit>
 bool WithSampleType(int bitsPixel, int isSigned, Visit visit) {
   switch (bitsPixel) {
-    case -64: visit(static_cast<double*>(nullptr)); return true;
-    case -32: visit(static_cast<float*>(nullptr)); return true;
-    case 8: visit(static_cast<std::uint8_t*>(nullptr)); return true;
+    case -64:
+      visit(static_cast<double*>(nullptr));
+      return true;
+    case -32:
+      visit(static_cast<float*>(nullptr));
+      return true;
+    case 8:
+      visit(static_cast<std::uint8_t*>(nullptr));
+      return true;
     case 16:
-      if (isSigned != 0) visit(static_cast<std::int16_t*>(nullptr));
-      else visit(static_cast<std::uint16_t*>(nullptr));
+      if (isSigned != 0)
+        visit(static_cast<std::int16_t*>(nullptr));
+      else
+        visit(static_cast<std::uint16_t*>(nullptr));
       return true;
     case 32:
-      if (isSigned != 0) visit(static_cast<std::int32_t*>(nullptr));
-      else visit(static_cast<std::uint32_t*>(nullptr));
+      if (isSigned != 0)
+        visit(static_cast<std::int32_t*>(nullptr));
+      else
+        visit(static_cast<std::uint32_t*>(nullptr));
       return true;
-    default: return false;
+    default:
+      return false;
   }
 }
 
@@ -49,9 +60,8 @@ To ConvertSample(double v) {
 
 double CImage::GetPixel(unsigned char* p) const {
   double stored = 0.0;
-  bool const known = WithSampleType(bitsPixel, isSigned, [&](auto* type) {
-    stored = static_cast<double>(*reinterpret_cast<decltype(type)>(p));
-  });
+  bool const known = WithSampleType(
+      bitsPixel, isSigned, [&](auto* type) { stored = static_cast<double>(*reinterpret_cast<decltype(type)>(p)); });
   return known ? stored * bscale + bzero : 0.0;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <orbimg/core/orb_image.h>
-#include <platform/assert.h>
 
 namespace orb {
 
@@ -19,14 +18,14 @@ inline CellPosition FindCell(double position, int size) {
     int const cell = size > 1 ? size - 2 : 0;
     return CellPosition{cell, static_cast<double>(size - 1) - cell, false};
   }
-  int const cell = static_cast<int>(position);
+  // A position below the first sample, or one that is not a number, must not lead out of the image.
+  int const cell = position > 0.0 ? static_cast<int>(position) : 0;
   return CellPosition{cell, position - cell, cell == position};
 }
 
 // (a1 * f + a0 * (1 - f)) * (1 - g) + (b1 * f + b0 * (1 - f)) * g, a being the upper pair of samples, b the lower. The
 // stored sample at whole coordinates. A side of one sample stands for its own neighbour.
 inline double Bilinear(COrbImage const& image, double x, double y, int plane) {
-  ORB_ASSERT(x >= 0.0 && y >= 0.0);
   CellPosition const column = FindCell(x, image.GetWidth());
   CellPosition const row = FindCell(y, image.GetHeight());
   float const* a = image.GetImageAdr(column.cell, row.cell, plane, 1, nullptr);
