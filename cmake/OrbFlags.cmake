@@ -36,6 +36,7 @@ function(orb_add_library name)
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orbimg-${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}>)
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:orb_flags>)
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    INSTALL_RPATH "$ORIGIN")
   target_compile_features(${name} PUBLIC cxx_std_20)
 endfunction()
