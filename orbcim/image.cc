@@ -6,9 +6,6 @@
 #include <new>
 #include <utility>
 
-#include <orbcim/extrema_internal.h>
-#include <platform/assert.h>
-
 namespace {
 
 constexpr double kNewLevelMin = 0.0;
@@ -156,15 +153,6 @@ int CImage::ChangeSize(int newWidth, int newHeight, HWND, char const*) {
     width = newWidth;
     height = newHeight;
   });
-}
-
-void CImage::GetMinMax(int plane, double* min, double* max) const {
-  ORB_ASSERT(bitsPixel == -32 && width > 0 && height > 0);
-  auto const* samples = reinterpret_cast<float const*>(GetImageAdr(0, 0, plane, 1, nullptr));
-  orb::Extrema const found =
-      orb::FindExtrema(samples, static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-  *min = found.min;
-  *max = found.max;
 }
 
 int CImage::SetLevel(int plane, double min, double max) {

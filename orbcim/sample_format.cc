@@ -1,4 +1,5 @@
-// Reading and converting samples of the five formats.
+// Reading, converting and ranging samples of the five formats.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -7,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include <orbcim/extrema_internal.h>
 #include <orbimg/core/image.h>
 
 namespace {
@@ -56,6 +58,19 @@ To ConvertSample(double v) {
   }
 }
 
+template <typename T>
+void FindMinMax(T const* samples, std::size_t count, double* min, double* max) {
+  orb::Extrema<T> found{samples[0], samples[0]};
+  if constexpr (std::is_floating_point_v<T>) {
+    orb::WidenExtrema(samples, count, found);
+  } else {
+    auto const [least, greatest] = std::minmax_element(samples, samples + count);
+    found = {*least, *greatest};
+  }
+  *min = static_cast<double>(found.min);
+  *max = static_cast<double>(found.max);
+}
+
 }  // namespace
 
 double CImage::GetPixel(unsigned char* p) const {
@@ -89,4 +104,14 @@ int CImage::ChangeBits(int newBitsPixel, int, int, HWND, char const*) {
   } catch (std::bad_alloc const&) {
     return 0;
   }
+}
+
+void CImage::GetMinMax(int plane, double* min, double* max) const {
+  *min = 0.0;
+  *max = 0.0;
+  if (plane < 0 || plane >= planes || width < 1 || height < 1) return;
+  unsigned char* const samples = GetImageAdr(0, 0, plane, 1, nullptr);
+  auto const count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  WithSampleType(bitsPixel, isSigned,
+                 [&](auto* type) { FindMinMax(reinterpret_cast<decltype(type)>(samples), count, min, max); });
 }

@@ -150,6 +150,18 @@ TEST(StoredImage, ExtremaPassOverNumbersThatAreNone) {
   }
 }
 
+TEST(StoredImage, ExtremaOfNothingAreZero) {
+  COrbImage const image = Numbered(5, 4, 1);
+  CImage const empty(-32, 0, 4, 1, 1.0, 0.0, 1, nullptr, nullptr);
+  for (auto const& [which, plane] : {std::pair<CImage const*, int>{&image, 1}, {&image, -1}, {&empty, 0}}) {
+    double min = 9.0;
+    double max = 9.0;
+    which->GetMinMax(plane, &min, &max);
+    EXPECT_EQ(0.0, min);
+    EXPECT_EQ(0.0, max);
+  }
+}
+
 TEST(StoredImage, ExtremaOfEveryFormat) {
   for (int bits : {-64, -32, 8, 16, 32}) {
     for (int isSigned : {0, 1}) {
