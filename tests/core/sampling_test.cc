@@ -5,15 +5,26 @@
 
 #include <gtest/gtest.h>
 #include <orbimg/orbimg.h>
+#include <tests/reference/pixel_blt_reference.h>
 #include <tests/reference/pixels_reference.h>
-#include <tests/reference/sampling_reference.h>
+#include <tests/reference/sampler_reference.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/test_images.h>
 
 namespace orb::test {
 namespace {
 
-using reference::Placement;
+struct Placement {
+  int x;
+  int y;
+  double dx;
+  double dy;
+  double sinA;
+  double cosA;
+  double scale;
+
+  reference::Place Place() const { return {dx, dy, sinA, cosA, scale}; }
+};
 
 constexpr double kOutside = -12345.0;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -41,14 +52,14 @@ Found GrayRaw(COrbImage& image, Placement const& a, int plane, int nearest) {
 }
 
 testing::AssertionResult Agrees(reference::Sampled const& expected, Found const& found) {
-  if (expected.position.x != found.sx || expected.position.y != found.sy) {
-    return testing::AssertionFailure() << "position " << found.sx << ", " << found.sy << " for " << expected.position.x
-                                       << ", " << expected.position.y;
+  if (expected.sx != found.sx || expected.sy != found.sy) {
+    return testing::AssertionFailure() << "position " << found.sx << ", " << found.sy << " for " << expected.sx << ", "
+                                       << expected.sy;
   }
-  if (expected.outside != (found.outside == 1) || (found.outside != 0 && found.outside != 1)) {
+  if (found.outside != (expected.outside ? 1 : 0)) {
     return testing::AssertionFailure() << "isOutside " << found.outside;
   }
-  return SameBits(std::vector{expected.value}, std::vector{found.value});
+  return SameBits(std::vector{static_cast<float>(expected.value[0])}, std::vector{found.value});
 }
 
 Placement Shift(int x, int y, double dx, double dy) { return {x, y, dx, dy, 0.0, 1.0, 1.0}; }
@@ -253,13 +264,13 @@ TEST(Sampler, GrayFormsEqualThePlainFormulaEverywhere) {
         for (Placement const& at : RandomPlacements(random, width, height, 600)) {
           for (int plane = -1; plane < planes; ++plane) {
             for (int nearest : {0, 1}) {
-              ASSERT_TRUE(Agrees(reference::GrayRaw(image, at, plane, kOutside, nearest != 0),
+              ASSERT_TRUE(Agrees(reference::PixelGrayRaw(image, at.x, at.y, at.Place(), plane, kOutside, nearest != 0),
                                  GrayRaw(image, at, plane, nearest)))
                   << "raw, plane " << plane << " nearest " << nearest;
-              reference::Position const p = reference::SourcePosition(image, at);
-              if (nearest != 0 && p.y >= height - 0.5) continue;  // below the last row
-              ASSERT_TRUE(Agrees(reference::Gray256f(image, at, plane, kOutside, nearest != 0),
-                                 Gray256f(image, at, plane, nearest)))
+              Found const in256 = Gray256f(image, at, plane, nearest);
+              if (nearest != 0 && in256.sy >= height - 0.5) continue;  // rounds below the last row
+              ASSERT_TRUE(
+                  Agrees(reference::PixelGray256f(image, at.x, at.y, at.Place(), plane, kOutside, nearest != 0), in256))
                   << "256, plane " << plane << " nearest " << nearest;
             }
           }
@@ -276,8 +287,8 @@ TEST(Sampler, ColourFormsEqualThePlainFormulaEverywhere) {
     image.SetStdCtr(8.2, 3.9);
     for (Placement const& a : RandomPlacements(random, 17, 9, 3000)) {
       for (bool raw : {false, true}) {
-        reference::SampledRgb const expected =
-            raw ? reference::RgbRaw(image, a, kOutside) : reference::Rgb256f(image, a, kOutside);
+        reference::Sampled const expected = raw ? reference::PixelRgbRaw(image, a.x, a.y, a.Place(), kOutside)
+                                                : reference::PixelRgb256f(image, a.x, a.y, a.Place(), kOutside);
         double r = 0.0;
         double g = 0.0;
         double b = 0.0;
@@ -291,11 +302,11 @@ TEST(Sampler, ColourFormsEqualThePlainFormulaEverywhere) {
                                 &sy);
         }
         ASSERT_EQ(expected.outside ? 1 : 0, outside);
-        ASSERT_EQ(expected.position.x, sx);
-        ASSERT_EQ(expected.position.y, sy);
-        ASSERT_EQ(expected.r, r);
-        ASSERT_EQ(expected.g, g);
-        ASSERT_EQ(expected.b, b);
+        ASSERT_EQ(expected.sx, sx);
+        ASSERT_EQ(expected.sy, sy);
+        ASSERT_EQ(expected.value[0], r);
+        ASSERT_EQ(expected.value[1], g);
+        ASSERT_EQ(expected.value[2], b);
       }
     }
   }
