@@ -26,7 +26,7 @@ template <typename T>
     // Not-a-number fails the first comparison, so that no conversion meets it.
     double const atLeast = position > 0.0 ? position : 0.0;
     int const held = static_cast<int>(atLeast < last ? atLeast : last);
-    classes[x] = (lo <= v) & (v <= hi) ? held : bins;
+    classes[x] = ((lo <= v) & (v <= hi)) ? held : bins;
   }
 }
 
