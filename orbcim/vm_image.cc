@@ -81,7 +81,8 @@ void CVmImage::UnlockAll() {
 
 int CVmImage::GetLockCount() const { return locks->Count(); }
 
-// Only a block that did move its samples makes us write the address: a store that is only read may be shared by threads.
+// Only a block that did move its samples makes us write the address: a store that is only read may be shared by
+// threads.
 void CVmImage::AfterUnlock() {
   if (locks->Count() > 0) return;
   block->OnLastUnlock();

@@ -39,7 +39,7 @@ class ORBIMG_API COrbImage : public CImage {
   int Create(COrbImage const& src, HWND wnd, char const* text);
   // Progress window from the thread's main window, extrema 0, points unset, selection empty. Samples stay.
   void Init();
-  // Exchanges everything but extrema and selection.
+  // Exchanges samples, shape, levels, records, progress window and points. Extrema, selection and a progress run stay.
   void Swap(COrbImage* other);
   // CImage::AttachDIB, then converted to floats. 0 on failure.
   int AttachDIB(HDIB dib);
@@ -50,7 +50,8 @@ class ORBIMG_API COrbImage : public CImage {
   }
 
   // ---- Single samples (orb_image_pixels.cc). Forms with two doubles interpolate between the four neighbours, hold the
-  // last column and row, need coordinates that are not negative, and return the stored sample at whole coordinates.
+  // last column and row, need coordinates that are not negative (others give no
+  // meaningful value, but stay within the image), and return the stored sample at whole coordinates.
   float GetPixelGrayRaw(float* p) const { return *p; }
   float GetPixelGrayRaw(int x, int y, int plane);
   float GetPixelGrayRaw(double x, double y, int plane);

@@ -80,11 +80,10 @@ void WriteGrayRamp(RGBQUAD* palette) {
 // Pixels of 24 bits from three planes, each by its own levels, or from one plane three times.
 void WritePixels(COrbImage const& image, Bitmap const& bitmap, int planes) {
   if (!HasPixels(image)) return;
-  int const green = planes == 1 ? 0 : 1;
-  int const blue = planes == 1 ? 0 : 2;
-  orb::ByteRule const rules[3] = {orb::ByteRule(orb::ByteLevelOf(image, 0)),
-                                  orb::ByteRule(orb::ByteLevelOf(image, green)),
-                                  orb::ByteRule(orb::ByteLevelOf(image, blue))};
+  auto const ruleOf = [&](int plane) { return orb::ByteRule(orb::ByteLevelOf(image, plane)); };
+  bool const mono = planes == 1;
+  orb::ByteRule const first = ruleOf(0);
+  orb::ByteRule const rules[3] = {first, mono ? first : ruleOf(1), mono ? first : ruleOf(2)};
   unsigned char bytes[3][kPiece];
   for (int y = 0; y < image.GetHeight(); ++y) {
     float const* src[3];
@@ -93,7 +92,7 @@ void WritePixels(COrbImage const& image, Bitmap const& bitmap, int planes) {
     for (std::ptrdiff_t x = 0; x < image.GetWidth(); x += kPiece) {
       std::ptrdiff_t const count = std::min(kPiece, image.GetWidth() - x);
       for (int p = 0; p < planes; ++p) rules[p].ConvertRow(src[p] + x, bytes[p], count);
-      orb::InterleaveRow(bytes[0], bytes[green], bytes[blue], row + 3 * x, count);
+      orb::InterleaveRow(bytes[0], bytes[mono ? 0 : 1], bytes[mono ? 0 : 2], row + 3 * x, count);
     }
   }
 }
