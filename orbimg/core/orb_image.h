@@ -197,8 +197,18 @@ class ORBIMG_API COrbImage : public CImage {
   // 256-scale of both.
   void PixelBlt(int dstX, int dstY, int width, int height, COrbImage* src, int srcX, int srcY, int convert);
 
-  // ---- Rendering (display/): a bitmap of 8 or 24 bits through the levels; null for other depths or lack of memory. The
-  // caller owns the block.
+  // ---- Rendering (display/). A block with a BITMAPINFOHEADER, at 8 bits 256 palette entries, and the rows from the
+  // bottom up, each padded with zeros to a multiple of four bytes. Every sample becomes its byte on the 256-scale of
+  // its plane.
+  //   24 bits: blue, green, red of each pixel; the same byte three times for a mono image.
+  //   8 bits, mono: the byte, and a palette of grays.
+  //   8 bits, colour: the nearest of 256 colours chosen for this image, without dithering; two pixels whose bytes agree
+  //   in the upper five bits of each channel get the same colour. Intended: all three planes by the levels of plane 0,
+  //   so the balance differs from 24 bits where levels differ. Takes about 1 MB of scratch memory; lack of it is
+  //   std::bad_alloc.
+  // Null for other depths, for an image of two planes, and if there is no memory for the block. The caller owns the
+  // block. biSizeImage is 0 where the size of the rows does not fit its 32 bits. The image is only read; nothing is
+  // reported.
   HDIB GetDib(int bitCount) const;
 
  private:
