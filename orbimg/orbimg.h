@@ -6,8 +6,11 @@
 #include <orbimg/core/invert.h>
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
+#include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
+#include <orbimg/stacking/matching.h>
+#include <orbimg/tone/auto_level.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>
