@@ -121,6 +121,18 @@ TEST(LocksDeathTest, TokenThatIsNotHeldAbortsADebugBuild) {
   EXPECT_DEATH(UnlockStranger(), "");
 }
 
+TEST(Locks, LeftAtDestructionAreReportedByADebugBuild) {
+  testing::internal::CaptureStderr();
+  {
+    CVmImage const store(4, 5, 4, 1);
+    void* token = nullptr;
+    store.GetImageAdr(0, 1, 1, &token);
+    store.GetImageAdr(0, 1, 1, nullptr);
+  }
+  std::string const said = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(kDebugBuild, said.find("2 locks left") != std::string::npos) << said;
+}
+
 TEST(Locks, ForwardThroughTheImage) {
   COrbImage image(-32, 5, 4, 1, 1.0, 0.0, 1, nullptr, nullptr);
   void* token = nullptr;
