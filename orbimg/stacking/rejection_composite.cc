@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int kLargestRadius = 2;
+constexpr int kNoWindow = -1;  // what every negative radius acts as; the lowest has no opposite
 
 struct RejectionSettings {
   double ratio;
@@ -134,7 +135,7 @@ class Rejection {
   void ReadWindows(int y, int plane) {
     std::copy(row.a.begin() + begin, row.a.begin() + end, row.largestFirst.begin() + begin);
     std::copy(row.b.begin() + begin, row.b.begin() + end, row.largestSecond.begin() + begin);
-    int const reach = std::min(settings.radius, kLargestRadius);
+    int const reach = std::clamp(settings.radius, kNoWindow, kLargestRadius);
     int const secondPlane = second.IsColor() ? plane : 0;
     orb::WindowPlane const window{second.GetImageAdr(0, 0, secondPlane, 1, nullptr), second.GetWidth(),
                                   second.GetHeight(), orb::LevelOf(second, secondPlane), settings.is256};

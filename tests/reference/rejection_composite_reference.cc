@@ -51,7 +51,7 @@ double ChosenValue(COrbImage& dst, COrbImage& first, COrbImage& second, Composit
     if (a >= bs) return bs;
     return a;
   }
-  int const r = args.radius > 2 ? 2 : args.radius;
+  int const r = args.radius > 2 ? 2 : args.radius < -1 ? -1 : args.radius;  // every negative window is empty
   double amax = a;
   double bmax = b;
   for (int yy = y - r < 0 ? 0 : y - r; yy <= (y + r > dst.GetHeight() - 1 ? dst.GetHeight() - 1 : y + r); ++yy) {
