@@ -40,7 +40,7 @@ class ORBIMG_API CImgComposit : public COrbImage {
   }
 
   // `ratio` counts in modes 2 and 9, `clamp` in mode 3, `threshold` and `radius` in mode 9. A null `rect` is the whole
-  // image. Scratch memory: about a dozen rows.
+  // image. Scratch memory: about two dozen rows.
   void Do(COrbImage* first, COrbImage* second, double dx, double dy, double angle, int mode, double ratio, int to256,
           int clamp, double threshold, int radius, CRect* rect, int progress, int messageId);
   // ratio 0.5, clamp 0, threshold 0.95, radius 0, the whole image, no progress.
