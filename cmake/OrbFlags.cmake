@@ -18,6 +18,11 @@ target_compile_options(orb_flags INTERFACE
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   target_compile_options(orb_flags INTERFACE -Wno-pass-failed)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # GCC 12 loses the rounding of two neighbouring doubles to float when it packs straight-line code into vectors and
+  # widens them again: a = (float)x, b = (float)y, both kept as doubles, keep all their bits. Loops are not affected.
+  target_compile_options(orb_flags INTERFACE -fno-tree-slp-vectorize)
+endif()
 if(ORBIMG_WERROR)
   target_compile_options(orb_flags INTERFACE -Werror)
 endif()
@@ -36,6 +41,7 @@ function(orb_add_library name)
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orbimg-${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}>)
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:orb_flags>)
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    INSTALL_RPATH "$ORIGIN")
   target_compile_features(${name} PUBLIC cxx_std_20)
 endfunction()

@@ -66,7 +66,7 @@ class ORBIMG_API CVmManager {
   std::int64_t GetBlockSize() const { return blockSize; }
   void SetBlockSize(std::int64_t bytes) { blockSize = bytes; }
 
-  // Folder of the scratch files; null (the default) means the folder for temporary files. Not copied.
+  // Folder of the scratch files; null (the default) means /tmp. Not copied.
   char const* GetScratchFolder() const { return scratchFolder; }
   void SetScratchFolder(char const* folder) { scratchFolder = folder; }
 
@@ -87,15 +87,16 @@ class ORBCIM_API CVmImage {
   ~CVmImage();
   CVmImage& operator=(CVmImage const&) = delete;
 
-  // `read` non-zero promises only to read through the address. `lock` non-zero pins it: with a `handle` a token is written
-  // there for Unlock, without one the lock lasts until UnlockAll.
+  // `read` non-zero promises only to read through the address. `lock` non-zero pins it: with a `handle` a token is
+  // written there for Unlock, without one the lock lasts until UnlockAll.
   unsigned char* GetImageAdr(std::ptrdiff_t offset, int read, int lock, void** handle) const;
   unsigned char* GetImageAdr(int x, int y, int plane, int read, int lock, void** handle) const {
     std::ptrdiff_t const row = static_cast<std::ptrdiff_t>(height) * plane + y;
     return GetImageAdr((row * width + x) * bytesPixel, read, lock, handle);
   }
 
-  // 1 if the token's lock was held. A debug build aborts on a token that is not held.
+  // 1, or 0 if no lock was held. A debug build knows its tokens and aborts on one that is not held; otherwise locks are
+  // only counted.
   int Unlock(void* handle);
   void UnlockAll();
   int GetLockCount() const;
