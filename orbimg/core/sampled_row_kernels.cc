@@ -35,6 +35,24 @@ ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, dou
   InterpolateRun(pair, fractions, g, count, out);
 }
 
+// The same where all columns have one fraction, which spares reading it.
+template <typename Sample>
+[[gnu::always_inline]] inline void InterpolateEvenRun(RowPair pair, double f, double g, std::ptrdiff_t count,
+                                                      Sample* out) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    out[i] = static_cast<Sample>(orb::InterpolateCell(pair.a0[i], pair.a1[i], pair.b0[i], pair.b1[i], f, g));
+  }
+}
+
+ORB_ROW_KERNEL void InterpolateEvenRunRow(RowPair pair, double f, double g, std::ptrdiff_t count, float* out) {
+  InterpolateEvenRun(pair, f, g, count, out);
+}
+
+ORB_ROW_KERNEL void InterpolateEvenRunRow(RowPair pair, double f, double g, std::ptrdiff_t count, double* out) {
+  InterpolateEvenRun(pair, f, g, count, out);
+}
+
 // Where the cells of a plane lie, for columns that find theirs one by one.
 struct PlaneShape {
   int width;
@@ -193,6 +211,14 @@ SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double 
   }
 }
 
+// The rounding of x - dx, and so its fraction, is mostly the same from one power of two to the next: such columns make
+// a run of their own, but for short ones, which are not worth it.
+bool ColumnRun::GoesOn(std::ptrdiff_t column, CellPosition const& position) const {
+  constexpr std::ptrdiff_t kShort = 64;
+  if (whole != position.whole || cell + (column - begin) != position.cell) return false;
+  return column - begin < kShort || (even && fraction == position.fraction);
+}
+
 // The cell of a column is that of its neighbour plus one, but where the last column is held, and where x - dx rounds up
 // to a whole number because dx is a hair above one: a new run begins there.
 void SampledRow::PrepareShift(int left) {
@@ -204,10 +230,12 @@ void SampledRow::PrepareShift(int left) {
   for (std::ptrdiff_t i = shiftBegin; i < shiftEnd; ++i) {
     CellPosition const column = FindCell(alongX[At(i)], width);
     fractionX[At(i)] = column.fraction;
-    bool const goesOn =
-        !runs.empty() && runs.back().whole == column.whole && runs.back().cell + (i - runs.back().begin) == column.cell;
-    if (!goesOn) runs.push_back(ColumnRun{i, i, column.cell, column.whole});
-    runs.back().end = i + 1;
+    if (runs.empty() || !runs.back().GoesOn(i, column)) {
+      runs.push_back(ColumnRun{i, i, column.cell, column.fraction, column.whole, true});
+    }
+    ColumnRun& run = runs.back();
+    run.even = run.even && run.fraction == column.fraction;
+    run.end = i + 1;
   }
 }
 
@@ -261,6 +289,10 @@ void SampledRow::SampleShifted(float const* samples, Sample* out) const {
     }
     RowPair const pair{a + run.cell, a + run.cell + shape.NextColumn(), b + run.cell,
                        b + run.cell + shape.NextColumn()};
+    if (run.even) {
+      InterpolateEvenRunRow(pair, run.fraction, row.fraction, run.end - run.begin, out + run.begin);
+      continue;
+    }
     InterpolateRunRow(pair, fractionX.data() + run.begin, row.fraction, run.end - run.begin, out + run.begin);
   }
 }

@@ -22,8 +22,12 @@ namespace orb {
 struct ColumnRun {
   std::ptrdiff_t begin;
   std::ptrdiff_t end;
-  int cell;    // of the first column
-  bool whole;  // all columns lie on samples
+  int cell;         // of the first column
+  double fraction;  // of the first column
+  bool whole;       // all columns lie on samples
+  bool even;        // all columns have the same fraction
+
+  bool GoesOn(std::ptrdiff_t column, CellPosition const& position) const;
 };
 
 // Made once for a run over the columns left .. right - 1 of the destination; holds its scratch memory, up to eight

@@ -26,16 +26,16 @@ void FrameLine::Sample(int y) {
   }
 }
 
-std::uintptr_t FrameLine::NextAddress(int plane, std::ptrdiff_t column) const {
-  if (column < Begin() || column >= End()) return 0;
-  double const sx = row.PositionX(column);
-  double const sy = row.PositionY(column);
+std::uintptr_t FrameLine::NextAddress(int plane) const {
+  if (Begin() == End() || row.PositionY(Begin()) != row.PositionY(End() - 1)) return 0;
+  double const sx = row.PositionX(Begin());
+  double const sy = row.PositionY(Begin());
   auto const x = static_cast<std::ptrdiff_t>(sx);
   auto const y = static_cast<std::ptrdiff_t>(sy);
   // Samples as they are need one row, interpolated ones the next but one as well.
   bool const whole = static_cast<double>(x) == sx && static_cast<double>(y) == sy;
   std::ptrdiff_t const sourceRow = static_cast<std::ptrdiff_t>(origin.frameHeight) * plane + y + (whole ? 1 : 2);
-  return frameAddress + static_cast<std::uintptr_t>(sourceRow * origin.frameWidth + x) * sizeof(float);
+  return frameAddress + static_cast<std::uintptr_t>(sourceRow * origin.frameWidth + x - Begin()) * sizeof(float);
 }
 
 }  // namespace orb

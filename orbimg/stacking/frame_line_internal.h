@@ -22,9 +22,9 @@ class FrameLine {
 
   // The samples of a plane, of use in the columns Begin() .. End() - 1 only: outside them the frame has none.
   float const* Samples(int plane) const { return samples.data() + plane * static_cast<std::ptrdiff_t>(origin.columns); }
-  // Where the columns from `column` on will find new samples for the next line: an address to ask the memory for ahead
-  // of need, not one to read, as the frame may be gone. 0 if not known.
-  std::uintptr_t NextAddress(int plane, std::ptrdiff_t column) const;
+  // Where the first column will find the samples that are new on the next line, had it any: an address to ask the
+  // memory for ahead of need, not one to read, as the frame may be gone. 0 if the frame is rotated or has nothing here.
+  std::uintptr_t NextAddress(int plane) const;
 
   std::ptrdiff_t Begin() const { return row.InsideBegin(); }
   std::ptrdiff_t End() const { return row.InsideEnd(); }
@@ -49,7 +49,7 @@ class FrameLine {
   Origin origin;
   SampledRow row;
   std::vector<float> samples;
-  std::uintptr_t frameAddress = 0;
+  std::uintptr_t frameAddress = 0;  // of its first sample
 };
 
 }  // namespace orb

@@ -17,17 +17,21 @@ void LineMedian::Compute(FrameLines lines, int plane, std::ptrdiff_t columns, fl
     std::fill(out, out + columns, 0.0f);
     return;
   }
-  Prepare(lines.size());
-  for (std::ptrdiff_t begin = 0; begin < columns; begin += kBlockColumns) {
-    std::ptrdiff_t const end = std::min<std::ptrdiff_t>(begin + kBlockColumns, columns);
+  Prepare(lines, plane);
+  for (std::ptrdiff_t begin = 0; begin < columns; begin += kKeyColumns) {
+    std::ptrdiff_t const end = std::min<std::ptrdiff_t>(begin + kKeyColumns, columns);
     Block const block{lines, plane, begin, end};
     bool const hasGaps = std::any_of(lines.begin(), lines.end(),
                                      [&](auto const& line) { return line->Begin() > begin || line->End() < end; });
-    if (hasGaps) CountLines(block);
-    Load(block);
-    FindWhatComesSoon(block);
+    if (hasGaps) {
+      CountLines(block);
+      LoadWithGaps(block);
+    } else {
+      LoadKeyRows(starts, begin, block.Columns(), &keys.front().row);
+    }
     // The last block may have idle columns, with what an earlier one left there.
     ExchangeRows(network->Exchanges(), &keys.front().row, soon);
+    for (std::uintptr_t& address : soon) address += sizeof(KeyRow);
     StoreKeysRow(keys[static_cast<std::size_t>(network->Rank())].row, block.Columns(), out + begin);
     for (std::ptrdiff_t x = begin; hasGaps && x < end; ++x) {
       if (counts[x - begin] == 0) out[x] = 0.0f;
@@ -35,10 +39,17 @@ void LineMedian::Compute(FrameLines lines, int plane, std::ptrdiff_t columns, fl
   }
 }
 
-void LineMedian::Prepare(std::size_t lineCount) {
-  int const inputs = static_cast<int>(lineCount);
+void LineMedian::Prepare(FrameLines lines, int plane) {
+  starts.clear();
+  soon.clear();
+  for (auto const& line : lines) {
+    starts.push_back(line->Samples(plane));
+    std::uintptr_t const address = line->NextAddress(plane);
+    if (address != 0) soon.push_back(address);
+  }
+  int const inputs = static_cast<int>(lines.size());
   if (network.has_value() && network->Inputs() == inputs) return;
-  keys.resize(lineCount);
+  keys.resize(lines.size());
   network.emplace(inputs, inputs / 2);
 }
 
@@ -53,7 +64,7 @@ void LineMedian::CountLines(Block const& block) {
                  [inputs](int n) { return inputs / 2 - n / 2; });
 }
 
-void LineMedian::Load(Block const& block) {
+void LineMedian::LoadWithGaps(Block const& block) {
   Keys* key = keys.data();
   for (auto const& line : block.lines) {
     auto const [begin, end] = block.Inside(*line);
@@ -61,18 +72,6 @@ void LineMedian::Load(Block const& block) {
     LoadKeysRow(line->Samples(block.plane) + block.begin + begin, end - begin, key->row + begin);
     if (end < block.Columns()) FillGapsRow(block.Columns() - end, lows + end, key->row + end);
     ++key;
-  }
-}
-
-void LineMedian::FindWhatComesSoon(Block const& block) {
-  constexpr std::ptrdiff_t kLineSamples = 16;
-  soon.clear();
-  for (auto const& line : block.lines) {
-    std::uintptr_t const address = line->NextAddress(block.plane, block.begin);
-    if (address == 0) continue;
-    for (std::ptrdiff_t x = 0; x < kBlockColumns; x += kLineSamples) {
-      soon.push_back(address + static_cast<std::uintptr_t>(x) * sizeof(float));
-    }
   }
 }
 

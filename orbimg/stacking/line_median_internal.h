@@ -44,15 +44,15 @@ class LineMedian {
     KeyRow row;
   };
 
-  void Prepare(std::size_t lineCount);
+  void Prepare(FrameLines lines, int plane);
   void CountLines(Block const& block);
-  void Load(Block const& block);
-  void FindWhatComesSoon(Block const& block);
+  void LoadWithGaps(Block const& block);
 
   std::optional<SelectionNetwork> network;
   std::vector<Keys> keys;
   KeyRow counts = {};                // of lines with a sample in a column, where a block has gaps
   KeyRow lows = {};                  // fillers still to come below all values
+  std::vector<float const*> starts;  // of the lines' samples
   std::vector<std::uintptr_t> soon;  // memory that the next line will read
 };
 

@@ -9,6 +9,10 @@
 
 namespace orb {
 
+// A block of keys has rows of this many columns: short enough for a stack of many frames to stay in the first cache.
+inline constexpr int kKeyColumns = 64;
+using KeyRow = std::int32_t[kKeyColumns];
+
 // Keys are the bits of a float, turned so that integers compare as the floats do: -0.0 before 0.0, not-a-number at the
 // ends.
 inline constexpr std::int32_t kLowestKey = INT32_MIN;
@@ -16,17 +20,16 @@ inline constexpr std::int32_t kHighestKey = INT32_MAX;
 
 void LoadKeysRow(float const* samples, std::ptrdiff_t count, std::int32_t* key);
 
+// The same for a row from each of `samples`, from column `begin` on.
+void LoadKeyRows(std::span<float const* const> samples, std::ptrdiff_t begin, std::ptrdiff_t count, KeyRow* rows);
+
 // Keys of a row of gaps: the lowest key where lows[x] is above 0, which becomes one less, the highest key otherwise.
 void FillGapsRow(std::ptrdiff_t count, std::int32_t* lows, std::int32_t* key);
 
 // counts[x] += 1
 void CountRow(std::ptrdiff_t count, std::int32_t* counts);
 
-// A block of keys has rows of this many columns: short enough for a stack of many frames to stay in the first cache.
-inline constexpr int kBlockColumns = 64;
-using KeyRow = std::int32_t[kBlockColumns];
-
-// Meanwhile asks the memory for the addresses in `soon`, evenly spread; they need not be readable.
+// Meanwhile asks the memory for as many samples from each address in `soon`; they need not be readable.
 void ExchangeRows(std::span<Exchange const> exchanges, KeyRow* rows, std::span<std::uintptr_t const> soon);
 
 // The samples of a row of keys.
