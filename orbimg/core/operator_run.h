@@ -16,7 +16,7 @@
 //   orb::Run run(*this, rect);
 //   run.Start(progress, 6124, run.Rows() * planes);
 //   run.EachRow(*src, [&](orb::RowSpan const& row) {
-//     InvertRow(row, orb::LevelOf(*src, row.plane), orb::LevelOf(*this, row.plane));
+//     InvertRow(row.src, row.dst, row.count, orb::LevelOf(*src, row.plane), orb::LevelOf(*this, row.plane));
 //   });
 //   run.End();
 #pragma once
