@@ -18,8 +18,8 @@ void LineMedian::Compute(FrameLines lines, int plane, std::ptrdiff_t columns, fl
     return;
   }
   Prepare(lines.size());
-  for (std::ptrdiff_t begin = 0; begin < columns; begin += kBlockColumns) {
-    std::ptrdiff_t const end = std::min<std::ptrdiff_t>(begin + kBlockColumns, columns);
+  for (std::ptrdiff_t begin = 0; begin < columns; begin += kMedianColumns) {
+    std::ptrdiff_t const end = std::min<std::ptrdiff_t>(begin + kMedianColumns, columns);
     Block const block{lines, plane, begin, end};
     bool const hasGaps = std::any_of(lines.begin(), lines.end(),
                                      [&](auto const& line) { return line->Begin() > begin || line->End() < end; });
@@ -70,7 +70,7 @@ void LineMedian::FindWhatComesSoon(Block const& block) {
   for (auto const& line : block.lines) {
     std::uintptr_t const address = line->NextAddress(block.plane, block.begin);
     if (address == 0) continue;
-    for (std::ptrdiff_t x = 0; x < kBlockColumns; x += kLineSamples) {
+    for (std::ptrdiff_t x = 0; x < kMedianColumns; x += kLineSamples) {
       soon.push_back(address + static_cast<std::uintptr_t>(x) * sizeof(float));
     }
   }

@@ -44,7 +44,7 @@ ORB_ROW_KERNEL void ExchangeRows(std::span<Exchange const> exchanges, KeyRow* ro
     KeyRow& b = rows[e.upper];
     if (e.kind == Exchange::kBoth) {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kBlockColumns; ++x) {
+      for (int x = 0; x < kMedianColumns; ++x) {
         std::int32_t const smaller = std::min(a[x], b[x]);
         std::int32_t const larger = std::max(a[x], b[x]);
         a[x] = smaller;
@@ -52,10 +52,10 @@ ORB_ROW_KERNEL void ExchangeRows(std::span<Exchange const> exchanges, KeyRow* ro
       }
     } else if (e.kind == Exchange::kSmaller) {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kBlockColumns; ++x) a[x] = std::min(a[x], b[x]);
+      for (int x = 0; x < kMedianColumns; ++x) a[x] = std::min(a[x], b[x]);
     } else {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kBlockColumns; ++x) b[x] = std::max(a[x], b[x]);
+      for (int x = 0; x < kMedianColumns; ++x) b[x] = std::max(a[x], b[x]);
     }
   }
 }

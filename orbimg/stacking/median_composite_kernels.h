@@ -23,8 +23,8 @@ void FillGapsRow(std::ptrdiff_t count, std::int32_t* lows, std::int32_t* key);
 void CountRow(std::ptrdiff_t count, std::int32_t* counts);
 
 // A block of keys has rows of this many columns: short enough for a stack of many frames to stay in the first cache.
-inline constexpr int kBlockColumns = 64;
-using KeyRow = std::int32_t[kBlockColumns];
+inline constexpr int kMedianColumns = 64;
+using KeyRow = std::int32_t[kMedianColumns];
 
 // Meanwhile asks the memory for the addresses in `soon`, evenly spread; they need not be readable.
 void ExchangeRows(std::span<Exchange const> exchanges, KeyRow* rows, std::span<std::uintptr_t const> soon);
