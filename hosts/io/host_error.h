@@ -10,10 +10,10 @@ namespace orb::host {
 enum class Exit {
   kDone = 0,
   kFailed = 1,
-  kUsage = 2,        // wrong arguments
-  kInput = 3,        // unreadable input
-  kOutput = 4,       // unwritable output
-  kResources = 5,    // no memory or disk
+  kUsage = 2,      // wrong arguments
+  kInput = 3,      // unreadable input
+  kOutput = 4,     // unwritable output
+  kResources = 5,  // no memory or disk
   kInterrupted = 130,
 };
 
