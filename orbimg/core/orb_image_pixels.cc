@@ -6,15 +6,6 @@
 
 namespace {
 
-// Intended: the test against the lower level comes first, so that equal or inverted levels give 0.
-unsigned char ByteOf(double raw, double min, double max, double range) {
-  if (min >= raw) return 0;
-  if (max <= raw) return 255;
-  double const v = (raw - min) / range * 255.0;
-  // A value that is not a number, or levels of range 0, are beyond any byte; they must not reach the conversion.
-  return v > 0.0 && v < 256.0 ? static_cast<unsigned char>(v) : static_cast<unsigned char>(0);
-}
-
 // The low 8 bits of a value truncated toward zero, also of a negative one.
 unsigned char WrappedByteOf(double v) {
   constexpr double kTooLarge = 9.2e18;
@@ -41,7 +32,7 @@ float COrbImage::GetPixelGray(double x, double y, int plane) {
 }
 
 unsigned char COrbImage::GetPixelGray256(float* p, int plane) const {
-  return ByteOf(*p, levelMin[plane], levelMax[plane], levelRange[plane]);
+  return orb::ByteLevelOf(*this, plane).ToByte(*p);
 }
 
 unsigned char COrbImage::GetPixelGray256(int x, int y, int plane) {
