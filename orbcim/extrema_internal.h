@@ -3,16 +3,19 @@
 
 #include <cstddef>
 
+#include <platform/export.h>
+
 namespace orb {
 
+template <typename T>
 struct Extrema {
-  float min;
-  float max;
+  T min;
+  T max;
 };
 
-// Starts from samples[0]; every sample lowers the minimum or raises the maximum if it is strictly beyond it. So a sample
-// that is not a number is passed over, but stays if it is the first; of a 0.0 and a -0.0 the earlier one stays. `count` is
-// at least 1.
-Extrema FindExtrema(float const* samples, std::size_t count);
+// Every sample lowers found.min or raises found.max if it is strictly beyond it. So a sample that is not a number is
+// passed over, but one that `found` started with stays; of a 0.0 and a -0.0 the earlier one stays.
+ORBCIM_API void WidenExtrema(float const* samples, std::size_t count, Extrema<float>& found);
+ORBCIM_API void WidenExtrema(double const* samples, std::size_t count, Extrema<double>& found);
 
 }  // namespace orb

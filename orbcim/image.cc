@@ -158,7 +158,8 @@ int CImage::ChangeSize(int newWidth, int newHeight, HWND, char const*) {
 void CImage::GetMinMax(int plane, double* min, double* max) const {
   ORB_ASSERT(bitsPixel == -32 && width > 0 && height > 0);
   auto const* samples = reinterpret_cast<float const*>(GetImageAdr(0, 0, plane, 1, nullptr));
-  orb::Extrema const found = orb::FindExtrema(samples, static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+  orb::Extrema<float> found{samples[0], samples[0]};
+  orb::WidenExtrema(samples, static_cast<std::size_t>(width) * static_cast<std::size_t>(height), found);
   *min = found.min;
   *max = found.max;
 }

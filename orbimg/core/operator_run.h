@@ -20,6 +20,7 @@
 #pragma once
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 
 #include <orbimg/core/level.h>
@@ -35,9 +36,15 @@ struct Bounds {
   int right;
   int bottom;
 
-  int Columns() const { return right - left; }
-  int Rows() const { return bottom - top; }
+  int Columns() const { return Span(left, right); }
+  int Rows() const { return Span(top, bottom); }
   bool IsEmpty() const { return left >= right || top >= bottom; }
+
+ private:
+  // Held at the range of int: a side that is limited on one side only may lie anywhere on the other.
+  static int Span(int from, int to) {
+    return static_cast<int>(std::max(static_cast<long long>(to) - from, static_cast<long long>(INT_MIN)));
+  }
 };
 
 // All four sides limited to the image.

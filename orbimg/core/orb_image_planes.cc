@@ -1,4 +1,5 @@
 // Between mono and colour, and the row shift.
+#include <cstdint>
 #include <cstring>
 
 #include <orbimg/core/operator_run.h>
@@ -17,8 +18,8 @@ ORB_ROW_KERNEL void GrayRow(float const* red, float const* green, float const* b
                             orb::Level r, orb::Level g, orb::Level b, orb::Level to) {
   ORB_COLUMNS_INDEPENDENT
   for (std::ptrdiff_t x = 0; x < count; ++x) {
-    double const v = g.To256(green[x]) * orb::kGreenWeight + b.To256(blue[x]) * orb::kBlueWeight +
-                     r.To256(red[x]) * orb::kRedWeight;
+    double const v =
+        g.To256(green[x]) * orb::kGreenWeight + b.To256(blue[x]) * orb::kBlueWeight + r.To256(red[x]) * orb::kRedWeight;
     dst[x] = static_cast<float>(to.ToRaw(v));
   }
 }
@@ -64,7 +65,7 @@ int COrbImage::ToGray() {
 
 int COrbImage::ToGray(COrbImage* src, int progress) {
   if (dimension < 3) return 1;
-  ORB_ASSERT(src != this);
+  ORB_ASSERT(src != this && src->planes >= 3);
   if (ToGray() == 0) return 0;
   orb::Run run(*this, nullptr);
   run.Start(progress, kToGray, height);
@@ -83,10 +84,10 @@ void COrbImage::LiftUp(int rows) {
   std::size_t const bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(GetBytesPixel());
   for (int p = 0; p < planes; ++p) {
     for (int y = 0; y < height; ++y) {
-      int const to = y - rows;
+      std::int64_t const to = static_cast<std::int64_t>(y) - rows;
       // A negative number of rows would push rows out at the bottom; they are dropped.
       if (to < 0 || to >= height || bytes == 0) continue;
-      std::memcpy(GetImageAdr(0, to, p, 0, nullptr), GetImageAdr(0, y, p, 1, nullptr), bytes);
+      std::memcpy(GetImageAdr(0, static_cast<int>(to), p, 0, nullptr), GetImageAdr(0, y, p, 1, nullptr), bytes);
     }
   }
 }

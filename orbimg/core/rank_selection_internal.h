@@ -1,0 +1,113 @@
+// One order statistic of many values, without sorting them.
+//
+// A sample of the values gives a bracket that almost surely holds the wanted one. One pass counts what lies below the
+// bracket and collects the few values inside it; the wanted rank is then looked up among these. Where the sample
+// misled, which takes values arranged against its positions, all values are copied and selected from.
+//
+// Values that are not numbers rank behind all others.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <orbimg/core/rank_kernels.h>
+
+namespace orb {
+
+inline constexpr std::int64_t kRankSample = 65536;
+// Half of the bracket in ranks of the sample: four standard deviations of a sample's rank, sqrt(65536) / 2 each.
+inline constexpr std::int64_t kRankMargin = 512;
+// A bracket holds 1/64 of the values on average; its buffer has room for four times that.
+inline constexpr std::int64_t kRankBufferShare = 16;
+
+// Positions 0 .. count - 1 of a sample, the same for the same count.
+class SamplePositions {
+ public:
+  explicit SamplePositions(std::int64_t of) : count(of) {}
+
+  std::int64_t Next() {
+    state = state * 6364136223846793005u + 1442695040888963407u;
+    constexpr double kPerTwoTo32 = 1.0 / 4294967296.0;
+    return static_cast<std::int64_t>(static_cast<double>(state >> 32) * kPerTwoTo32 * static_cast<double>(count));
+  }
+
+ private:
+  std::int64_t count;
+  std::uint64_t state = 1;
+};
+
+// The value at `rank`, numbers before what is not a number. Reorders `values`.
+template <typename T>
+T SelectAmong(T* values, std::int64_t count, std::int64_t rank) {
+  T* const end = std::partition(values, values + count, [](T v) { return v == v; });
+  if (rank >= end - values) return std::numeric_limits<T>::quiet_NaN();
+  std::nth_element(values, values + rank, end);
+  return values[rank];
+}
+
+// The sample's values kRankMargin ranks below and above the wanted one; infinite where the sample has none there.
+template <typename Values, typename T = typename Values::Type>
+Bracket<T> FindBracket(Values& values, std::int64_t rank) {
+  std::vector<T> sample;
+  sample.reserve(static_cast<std::size_t>(kRankSample));
+  SamplePositions positions(values.Count());
+  for (std::int64_t i = 0; i < kRankSample; ++i) {
+    T const v = values.At(positions.Next());
+    if (v == v) sample.push_back(v);
+  }
+  double const share = static_cast<double>(rank) / static_cast<double>(values.Count());
+  auto const wanted = static_cast<std::int64_t>(share * static_cast<double>(kRankSample));
+  auto const n = static_cast<std::int64_t>(sample.size());
+  Bracket<T> bracket{-std::numeric_limits<T>::infinity(), std::numeric_limits<T>::infinity()};
+  if (wanted - kRankMargin >= 0) bracket.low = SelectAmong(sample.data(), n, std::min(wanted - kRankMargin, n - 1));
+  if (wanted + kRankMargin < n) bracket.high = SelectAmong(sample.data(), n, wanted + kRankMargin);
+  return bracket;
+}
+
+// Empty where the wanted value lies outside the bracket, or too many lie inside.
+template <typename Values, typename T = typename Values::Type>
+std::optional<T> SelectInBracket(Values& values, std::int64_t rank, Bracket<T> const& bracket) {
+  std::int64_t const capacity = values.Count() / kRankBufferShare + values.Columns();
+  auto const inside = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
+  std::int64_t collected = 0;
+  BracketCounts counts;
+  for (int row = 0; row < values.Rows(); ++row) {
+    if (collected + values.Columns() > capacity) return std::nullopt;
+    T const* const v = values.Row(row);
+    CountAroundBracket(v, values.Columns(), bracket, counts);
+    collected += CollectInside(v, values.Columns(), bracket, inside.get() + collected);
+  }
+  rank -= counts.below;
+  if (rank < 0) return std::nullopt;
+  if (rank < counts.atLow) return bracket.low;
+  rank -= counts.atLow;
+  if (rank < collected) return SelectAmong(inside.get(), collected, rank);
+  // A bracket of one value has had its share already.
+  if (bracket.low < bracket.high && rank < collected + counts.atHigh) return bracket.high;
+  return std::nullopt;
+}
+
+template <typename Values, typename T = typename Values::Type>
+T SelectInCopy(Values& values, std::int64_t rank) {
+  auto const copy = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(values.Count()));
+  T* next = copy.get();
+  for (int row = 0; row < values.Rows(); ++row) next = std::copy_n(values.Row(row), values.Columns(), next);
+  return SelectAmong(copy.get(), values.Count(), rank);
+}
+
+// The value at index `rank` of all values in ascending order. `Values` has a Type, a Count, Rows and Columns, gives the
+// values of a Row, and the one At a position counted along the rows.
+template <typename Values>
+typename Values::Type SelectRank(Values& values, std::int64_t rank) {
+  if (values.Count() > 2 * kRankSample) {
+    if (auto const found = SelectInBracket(values, rank, FindBracket(values, rank))) return *found;
+  }
+  return SelectInCopy(values, rank);
+}
+
+}  // namespace orb
