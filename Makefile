@@ -1,7 +1,7 @@
 # The commands of everyday work. `make demo` and `make test` are all that a newcomer needs.
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo test check bench install clean format headers sanitize strict clang installed
+.PHONY: all deps build demo test check bench install clean format headers sanitize strict clang installed fuzz
 
 all: build
 
@@ -55,6 +55,14 @@ sanitize: deps
 	@cmake --preset tsan >/dev/null
 	@cmake --build build-tsan -j $(JOBS) --target orb_catalogue_tests
 	@ctest --test-dir build-tsan --output-on-failure -R catalogue
+
+# Each fuzzer for FUZZ_SECONDS.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@scripts/install-deps check
+	@cmake --preset fuzz >/dev/null
+	@cmake --build build-fuzz -j $(JOBS)
+	@for f in build-fuzz/fuzz/fuzz_*; do [ -x $$f ] && [ -f $$f ] && (cd build-fuzz/fuzz && ../../$$f -max_total_time=$(FUZZ_SECONDS) -rss_limit_mb=4096 -malloc_limit_mb=4096) || exit 1; done
 
 # A program of somebody else's, built against an installed orbimg by CMake and by pkg-config.
 installed: build

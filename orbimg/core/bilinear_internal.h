@@ -10,21 +10,26 @@ namespace orb {
 struct CellPosition {
   int cell;
   double fraction;
-  bool whole;  // exactly on a sample, and not held at the last one
+  bool whole;  // on the cell's first sample
 };
 
-// Held at size - 1, in the cell before it with a fraction of 1: the last sample comes out of the interpolation.
+// Held at size - 1, in the cell before it with a fraction of 1: the last sample comes out of the interpolation. On a
+// side of one sample every position is that sample.
 inline CellPosition FindCell(double position, int size) {
   if (position >= size - 1) {
     int const cell = size > 1 ? size - 2 : 0;
-    return CellPosition{cell, static_cast<double>(size - 1) - cell, false};
+    return CellPosition{cell, static_cast<double>(size - 1) - cell, size == 1};
   }
   int const cell = static_cast<int>(position);
   return CellPosition{cell, position - cell, cell == position};
 }
 
-// (a1 * f + a0 * (1 - f)) * (1 - g) + (b1 * f + b0 * (1 - f)) * g, a being the upper pair of samples, b the lower. The
-// stored sample at whole coordinates. A side of one sample stands for its own neighbour.
+// a is the upper pair of samples, b the lower; f the fraction of the column, g that of the row.
+inline double InterpolateCell(double a0, double a1, double b0, double b1, double f, double g) {
+  return (a1 * f + a0 * (1 - f)) * (1 - g) + (b1 * f + b0 * (1 - f)) * g;
+}
+
+// The stored sample at whole coordinates. A side of one sample stands for its own neighbour.
 inline double Bilinear(COrbImage const& image, double x, double y, int plane) {
   ORB_ASSERT(x >= 0.0 && y >= 0.0);
   CellPosition const column = FindCell(x, image.GetWidth());
@@ -33,9 +38,7 @@ inline double Bilinear(COrbImage const& image, double x, double y, int plane) {
   if (column.whole && row.whole) return a[0];
   float const* b = image.GetImageAdr(column.cell, row.cell + (image.GetHeight() > 1 ? 1 : 0), plane, 1, nullptr);
   int const next = image.GetWidth() > 1 ? 1 : 0;
-  double const f = column.fraction;
-  double const g = row.fraction;
-  return (a[next] * f + a[0] * (1 - f)) * (1 - g) + (b[next] * f + b[0] * (1 - f)) * g;
+  return InterpolateCell(a[0], a[next], b[0], b[next], column.fraction, row.fraction);
 }
 
 }  // namespace orb

@@ -1,41 +1,101 @@
-// Whole rows of another image read through a transform: the fast twin of the transformed sampler. Every value equals, bit
-// for bit, what the single-sample form of COrbImage returns for that pixel.
+// Whole rows of another image read through a transform: the fast twin of the transformed sampler. Every value equals,
+// bit for bit, what the single-sample form of COrbImage returns for that pixel with a scale of 1.0 and bilinear
+// reading.
+//
+//   orb::SampledRow second(image, left, right, dx, dy, sinA, cosA);
+//   for each y: second.Locate(y); second.SampleRaw(plane, outside, row);
+//
+// The addresses of the image are asked for anew by every sampling call, and none is kept: no lock is needed.
 #pragma once
 
 #include <cstddef>
 #include <vector>
 
+#include <orbimg/core/bilinear_internal.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/transform_internal.h>
+#include <platform/export.h>
 
 namespace orb {
 
-// Made once for a run over the columns left .. right - 1 of the destination; holds the scratch memory of a row.
-class SampledRow {
+// Neighbouring columns of a shifted row that read neighbouring cells.
+struct ColumnRun {
+  std::ptrdiff_t begin;
+  std::ptrdiff_t end;
+  int cell;    // of the first column
+  bool whole;  // all columns lie on samples
+};
+
+// Made once for a run over the columns left .. right - 1 of the destination; holds its scratch memory, about nine
+// doubles a column. Columns are counted from `left`. A mono image has plane 0 only, whatever `plane` says; a `plane` of
+// -1 is the brightness of a colour image.
+class ORBIMG_API SampledRow {
  public:
-  // The angle's sine and cosine as the operator computed them; scale 1.0. `source` is locked by the caller while rows are
-  // read, so that its address holds.
+  // The angle's sine and cosine as the operator computed them.
   SampledRow(COrbImage& source, int left, int right, double dx, double dy, double sinA, double cosA);
 
   // Finds the source positions of row y. Call first for each row.
   void Locate(int y);
 
-  // Columns of the row for which the position falls inside the source (real-number test), as offsets from `left`. The
-  // inside columns of a row are always one interval; empty: begin == end.
-  std::ptrdiff_t InsideBegin() const;
-  std::ptrdiff_t InsideEnd() const;
+  // The columns whose position falls inside the source (real-number test) are always one interval; empty: begin == end.
+  std::ptrdiff_t InsideBegin() const { return begin; }
+  std::ptrdiff_t InsideEnd() const { return end; }
 
-  // Source positions of the row, one for each column.
-  double const* PositionX() const;
-  double const* PositionY() const;
+  // Source position of a column, inside or not.
+  double PositionX(std::ptrdiff_t column) const {
+    return isShift ? alongX[At(column)] : alongX[At(column)] - rowX + transform.cx;
+  }
+  double PositionY(std::ptrdiff_t column) const { return isShift ? rowY : transform.cy - (alongY[At(column)] + rowY); }
 
-  // The bilinear values of one plane in double, unrounded, `outside` where outside. On a mono source plane is taken as 0.
+  // The bilinear values in double, unrounded, `outside` where outside.
   void SampleDouble(int plane, double outside, double* out);
-  // The same rounded to float: GetPixelGrayRaw(x, y, dx, dy, sinA, cosA, 1.0, plane, outside, 0, ...).
+  void SampleDouble256f(int plane, double outside, double* out);
+  // The same rounded to float: GetPixelGrayRaw and GetPixelGray256f.
   void SampleRaw(int plane, double outside, float* out);
+  void Sample256f(int plane, double outside, float* out);
 
  private:
-  // The builder of this class fills in what it needs.
+  static std::size_t At(std::ptrdiff_t column) { return static_cast<std::size_t>(column); }
+
+  void PrepareShift(int left);
+  void PrepareRotation(int left);
+  void LocateRotated(int y);
+  bool IsBrightness(int plane) const { return plane == -1 && source.IsColor() != 0; }
+  template <typename Sample>
+  void SampleInside(int plane, Sample* out) const;
+  template <typename Sample>
+  void SampleShifted(float const* samples, Sample* out) const;
+  void SampleInside256f(int plane, double* out) const;
+  template <typename SamplePlane>
+  void BrightnessInside(SamplePlane samplePlane, double* out);
+  template <typename Sample>
+  void FillOutside(double outside, Sample* out) const;
+
+  COrbImage& source;
+  Transform transform;
+  bool isShift;
+  std::ptrdiff_t count;
+  std::ptrdiff_t begin = 0;
+  std::ptrdiff_t end = 0;
+
+  // A shift: the source x of each column, and y of the row. A rotation: the products of p with cosine and sine of each
+  // column, and of q with sine and cosine of the row; p and q as in transform_internal.h.
+  std::vector<double> alongX;
+  std::vector<double> alongY;
+  double rowX = 0.0;
+  double rowY = 0.0;
+
+  // Fractions of the inside columns; of a shift, those of the columns hold for all rows.
+  std::vector<double> fractionX;
+  std::vector<double> fractionY;
+
+  std::ptrdiff_t shiftBegin = 0;
+  std::ptrdiff_t shiftEnd = 0;
+  std::vector<ColumnRun> runs;
+  CellPosition row{};
+
+  std::vector<std::ptrdiff_t> offsets;  // of a rotated row: from the plane's first sample to the cell
+  std::vector<double> scratch[3];
 };
 
 }  // namespace orb

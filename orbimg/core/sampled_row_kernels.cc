@@ -1,0 +1,308 @@
+#include <orbimg/core/sampled_row_kernels.h>
+
+#include <algorithm>
+
+#include <orbimg/core/level.h>
+#include <orbimg/core/row_kernel.h>
+
+namespace {
+
+// The two rows of samples that a row of a shifted image lies between. A side of one sample stands for its own
+// neighbour.
+struct RowPair {
+  float const* a0;
+  float const* a1;
+  float const* b0;
+  float const* b1;
+};
+
+template <typename Sample>
+[[gnu::always_inline]] inline void InterpolateRun(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
+                                                  Sample* out) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    out[i] = static_cast<Sample>(orb::InterpolateCell(pair.a0[i], pair.a1[i], pair.b0[i], pair.b1[i], fractions[i], g));
+  }
+}
+
+ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
+                                      float* out) {
+  InterpolateRun(pair, fractions, g, count, out);
+}
+
+ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
+                                      double* out) {
+  InterpolateRun(pair, fractions, g, count, out);
+}
+
+// Where the cells of a plane lie, for columns that find theirs one by one.
+struct PlaneShape {
+  int width;
+  int height;
+
+  int LastColumnCell() const { return std::max(width - 2, 0); }
+  int LastRowCell() const { return std::max(height - 2, 0); }
+  std::ptrdiff_t NextColumn() const { return width > 1 ? 1 : 0; }
+  std::ptrdiff_t NextRow() const { return height > 1 ? width : 0; }
+};
+
+// sx = along x - row x + cx, sy = cy - (along y + row y): inside positions, then FindCell without its branches. A
+// position held at the last sample has a fraction of 1 in the cell before.
+ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY, double rowX, double rowY, double cx,
+                                     double cy, PlaneShape shape, std::ptrdiff_t count, double* fractionX,
+                                     double* fractionY, std::ptrdiff_t* offsets) {
+  double const lastX = shape.width - 1;
+  double const lastY = shape.height - 1;
+  int const lastColumnCell = shape.LastColumnCell();
+  int const lastRowCell = shape.LastRowCell();
+  std::ptrdiff_t const width = shape.width;
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    double const sx = alongX[i] - rowX + cx;
+    double const sy = cy - (alongY[i] + rowY);
+    double const x = sx < lastX ? sx : lastX;
+    double const y = sy < lastY ? sy : lastY;
+    int const column = std::min(static_cast<int>(x), lastColumnCell);
+    int const row = std::min(static_cast<int>(y), lastRowCell);
+    fractionX[i] = x - column;
+    fractionY[i] = y - row;
+    offsets[i] = row * width + column;
+  }
+}
+
+template <typename Sample>
+[[gnu::always_inline]] inline void InterpolateCells(float const* samples, std::ptrdiff_t const* offsets,
+                                                    double const* fractionX, double const* fractionY,
+                                                    std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
+                                                    std::ptrdiff_t count, Sample* out) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    float const* const a = samples + offsets[i];
+    float const* const b = a + nextRow;
+    double const f = fractionX[i];
+    double const g = fractionY[i];
+    double const between = orb::InterpolateCell(a[0], a[nextColumn], b[0], b[nextColumn], f, g);
+    out[i] = static_cast<Sample>(f == 0.0 && g == 0.0 ? static_cast<double>(a[0]) : between);
+  }
+}
+
+ORB_ROW_KERNEL void InterpolateCellsRow(float const* samples, std::ptrdiff_t const* offsets, double const* fractionX,
+                                        double const* fractionY, std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
+                                        std::ptrdiff_t count, float* out) {
+  InterpolateCells(samples, offsets, fractionX, fractionY, nextColumn, nextRow, count, out);
+}
+
+ORB_ROW_KERNEL void InterpolateCellsRow(float const* samples, std::ptrdiff_t const* offsets, double const* fractionX,
+                                        double const* fractionY, std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
+                                        std::ptrdiff_t count, double* out) {
+  InterpolateCells(samples, offsets, fractionX, fractionY, nextColumn, nextRow, count, out);
+}
+
+ORB_ROW_KERNEL void To256Row(double* values, std::ptrdiff_t count, orb::Level level) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) values[i] = level.To256(values[i]);
+}
+
+ORB_ROW_KERNEL void BrightnessRow(double const* r, double const* g, double const* b, std::ptrdiff_t count,
+                                  double* out) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) out[i] = orb::Brightness(r[i], g[i], b[i]);
+}
+
+ORB_ROW_KERNEL void RoundRow(double const* values, std::ptrdiff_t count, float* out) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) out[i] = static_cast<float>(values[i]);
+}
+
+bool Lies(double position, int size) { return position >= 0.0 && position < size; }
+
+// The first column for which `holds` is true, where it is false up to some column and true from there on.
+template <typename Condition>
+std::ptrdiff_t FirstColumn(std::ptrdiff_t count, Condition holds) {
+  std::ptrdiff_t low = 0;
+  std::ptrdiff_t high = count;
+  while (low < high) {
+    std::ptrdiff_t const middle = low + (high - low) / 2;
+    if (holds(middle)) {
+      high = middle;
+    } else {
+      low = middle + 1;
+    }
+  }
+  return low;
+}
+
+struct ColumnInterval {
+  std::ptrdiff_t begin;
+  std::ptrdiff_t end;
+};
+
+// The columns whose coordinate lies in 0 <= v < size. Rounding keeps the order of sums, differences and products with a
+// constant, so the coordinate never turns back along a row, and one that is not a number is so in all columns.
+template <typename Coordinate>
+ColumnInterval InsideColumns(std::ptrdiff_t count, int size, bool rising, Coordinate at) {
+  auto const isFrom0 = [&](std::ptrdiff_t i) { return at(i) >= 0.0; };
+  auto const isBelowSize = [&](std::ptrdiff_t i) { return at(i) < size; };
+  if (rising) {
+    return ColumnInterval{FirstColumn(count, isFrom0), FirstColumn(count, [&](auto i) { return !isBelowSize(i); })};
+  }
+  return ColumnInterval{FirstColumn(count, isBelowSize), FirstColumn(count, [&](auto i) { return !isFrom0(i); })};
+}
+
+}  // namespace
+
+namespace orb {
+
+SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double dy, double sinA, double cosA)
+    : source(image),
+      transform{dx, dy, sinA, cosA, 1.0, image.GetStdCtr().fx, image.GetStdCtr().fy},
+      isShift(transform.IsShift()),
+      count(right > left ? static_cast<std::ptrdiff_t>(right) - left : 0) {
+  std::size_t const columns = At(count);
+  alongX.resize(columns);
+  fractionX.resize(columns);
+  for (auto& buffer : scratch) buffer.resize(columns);
+  if (isShift) {
+    PrepareShift(left);
+  } else {
+    PrepareRotation(left);
+  }
+}
+
+// The cell of a column is that of its neighbour plus one, but where the last column is held, and where x - dx rounds up
+// to a whole number because dx is a hair above one: a new run begins there.
+void SampledRow::PrepareShift(int left) {
+  int const width = source.GetWidth();
+  for (std::ptrdiff_t i = 0; i < count; ++i) alongX[At(i)] = left + i - transform.dx;
+  auto const [first, last] = InsideColumns(count, width, true, [&](std::ptrdiff_t i) { return alongX[At(i)]; });
+  shiftBegin = first;
+  shiftEnd = std::max(first, last);
+  for (std::ptrdiff_t i = shiftBegin; i < shiftEnd; ++i) {
+    CellPosition const column = FindCell(alongX[At(i)], width);
+    fractionX[At(i)] = column.fraction;
+    bool const goesOn =
+        !runs.empty() && runs.back().whole == column.whole && runs.back().cell + (i - runs.back().begin) == column.cell;
+    if (!goesOn) runs.push_back(ColumnRun{i, i, column.cell, column.whole});
+    runs.back().end = i + 1;
+  }
+}
+
+void SampledRow::PrepareRotation(int left) {
+  alongY.resize(At(count));
+  fractionY.resize(At(count));
+  offsets.resize(At(count));
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    double const p = left + i - transform.cx - transform.dx;
+    alongX[At(i)] = p * transform.cosA;
+    alongY[At(i)] = p * transform.sinA;
+  }
+}
+
+void SampledRow::Locate(int y) {
+  if (!isShift) {
+    LocateRotated(y);
+    return;
+  }
+  rowY = y - transform.dy;
+  bool const inside = Lies(rowY, source.GetHeight());
+  begin = inside ? shiftBegin : 0;
+  end = inside ? shiftEnd : 0;
+  if (inside) row = FindCell(rowY, source.GetHeight());
+}
+
+void SampledRow::LocateRotated(int y) {
+  double const q = transform.cy - y + transform.dy;
+  rowX = q * transform.sinA;
+  rowY = q * transform.cosA;
+  PlaneShape const shape{source.GetWidth(), source.GetHeight()};
+  ColumnInterval const x =
+      InsideColumns(count, shape.width, transform.cosA >= 0.0, [&](std::ptrdiff_t i) { return PositionX(i); });
+  ColumnInterval const v =
+      InsideColumns(count, shape.height, transform.sinA < 0.0, [&](std::ptrdiff_t i) { return PositionY(i); });
+  begin = std::max(x.begin, v.begin);
+  end = std::max(begin, std::min(x.end, v.end));
+  LocateRotatedRow(alongX.data() + begin, alongY.data() + begin, rowX, rowY, transform.cx, transform.cy, shape,
+                   end - begin, fractionX.data() + begin, fractionY.data() + begin, offsets.data() + begin);
+}
+
+template <typename Sample>
+void SampledRow::SampleShifted(float const* samples, Sample* out) const {
+  PlaneShape const shape{source.GetWidth(), source.GetHeight()};
+  float const* const a = samples + static_cast<std::ptrdiff_t>(row.cell) * shape.width;
+  float const* const b = a + shape.NextRow();
+  for (ColumnRun const& run : runs) {
+    if (run.whole && row.whole) {
+      std::copy(a + run.cell, a + run.cell + (run.end - run.begin), out + run.begin);
+      continue;
+    }
+    RowPair const pair{a + run.cell, a + run.cell + shape.NextColumn(), b + run.cell,
+                       b + run.cell + shape.NextColumn()};
+    InterpolateRunRow(pair, fractionX.data() + run.begin, row.fraction, run.end - run.begin, out + run.begin);
+  }
+}
+
+template <typename Sample>
+void SampledRow::SampleInside(int plane, Sample* out) const {
+  if (begin == end) return;
+  float const* const samples = source.GetImageAdr(0, 0, source.IsColor() != 0 ? plane : 0, 1, nullptr);
+  if (isShift) {
+    SampleShifted(samples, out);
+    return;
+  }
+  PlaneShape const shape{source.GetWidth(), source.GetHeight()};
+  InterpolateCellsRow(samples, offsets.data() + begin, fractionX.data() + begin, fractionY.data() + begin,
+                      shape.NextColumn(), shape.NextRow(), end - begin, out + begin);
+}
+
+void SampledRow::SampleInside256f(int plane, double* out) const {
+  SampleInside(plane, out);
+  To256Row(out + begin, end - begin, LevelOf(source, source.IsColor() != 0 ? plane : 0));
+}
+
+template <typename SamplePlane>
+void SampledRow::BrightnessInside(SamplePlane samplePlane, double* out) {
+  for (int p = 0; p < 3; ++p) samplePlane(p, scratch[p].data());
+  BrightnessRow(scratch[0].data() + begin, scratch[1].data() + begin, scratch[2].data() + begin, end - begin,
+                out + begin);
+}
+
+template <typename Sample>
+void SampledRow::FillOutside(double outside, Sample* out) const {
+  std::fill(out, out + begin, static_cast<Sample>(outside));
+  std::fill(out + end, out + count, static_cast<Sample>(outside));
+}
+
+void SampledRow::SampleDouble(int plane, double outside, double* out) {
+  if (IsBrightness(plane)) {
+    BrightnessInside([this](int p, double* values) { SampleInside(p, values); }, out);
+  } else {
+    SampleInside(plane, out);
+  }
+  FillOutside(outside, out);
+}
+
+void SampledRow::SampleDouble256f(int plane, double outside, double* out) {
+  if (IsBrightness(plane)) {
+    BrightnessInside([this](int p, double* values) { SampleInside256f(p, values); }, out);
+  } else {
+    SampleInside256f(plane, out);
+  }
+  FillOutside(outside, out);
+}
+
+void SampledRow::SampleRaw(int plane, double outside, float* out) {
+  if (IsBrightness(plane)) {
+    SampleDouble(plane, outside, scratch[0].data());
+    RoundRow(scratch[0].data(), count, out);
+  } else {
+    SampleInside(plane, out);
+    FillOutside(outside, out);
+  }
+}
+
+void SampledRow::Sample256f(int plane, double outside, float* out) {
+  SampleDouble256f(plane, outside, scratch[0].data());
+  RoundRow(scratch[0].data(), count, out);
+}
+
+}  // namespace orb
