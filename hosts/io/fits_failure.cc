@@ -19,7 +19,7 @@ void CheckFitsRead(std::string const& path, int status) {
     case END_OF_FILE:
     case READ_ERROR:
     case SEEK_ERROR:
-      throw HostError(Exit::kInput, path + ": the file is truncated: it ends before its last sample");
+      throw HostError(Exit::kInput, path + ": the file is truncated: it ends before its last block is complete");
     case NO_END:
       throw HostError(Exit::kInput, path + ": the file is truncated: its header has no END");
     case MEMORY_ALLOCATION:

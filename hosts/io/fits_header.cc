@@ -4,7 +4,6 @@
 #include <array>
 #include <cctype>
 #include <charconv>
-#include <regex>
 #include <string_view>
 
 #include <hosts/io/fits_card_internal.h>
@@ -15,19 +14,45 @@ namespace {
 
 constexpr std::size_t kHistoryWidth = kCardLength - 8;
 
-// `stem` followed by nothing but digits.
-bool IsNumbered(std::string_view keyword, std::string_view stem) {
-  if (!keyword.starts_with(stem)) return false;
-  keyword.remove_prefix(stem.size());
-  return std::all_of(keyword.begin(), keyword.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
+bool IsDigits(std::string_view text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
 }
 
-bool IsWcs(std::string const& keyword) {
-  static std::regex const pattern(
-      "(CTYPE|CRPIX|CRVAL|CDELT|CROTA|CUNIT|CNAME|CRDER|CSYER)[0-9]+[A-Z]?|(CD|PC|PV|PS)[0-9]+_[0-9]+[A-Z]?|"
-      "(WCSAXES|WCSNAME|LONPOLE|LATPOLE|RADESYS|EQUINOX)[A-Z]?|RADECSYS|PLTSOLVD|"
-      "(A|B|AP|BP)_(ORDER|DMAX|[0-9]+_[0-9]+)");
-  return std::regex_match(keyword, pattern);
+// `stem` and digits, or `stem` alone.
+bool IsNumbered(std::string_view keyword, std::string_view stem) {
+  return keyword == stem || (keyword.starts_with(stem) && IsDigits(keyword.substr(stem.size())));
+}
+
+// Digits, an underscore, digits.
+bool IsIndexPair(std::string_view text) {
+  std::size_t const middle = text.find('_');
+  return middle != std::string_view::npos && IsDigits(text.substr(0, middle)) && IsDigits(text.substr(middle + 1));
+}
+
+bool IsWcs(std::string_view keyword) {
+  static constexpr std::array<std::string_view, 8> kNames{"WCSAXES", "WCSNAME", "LONPOLE",  "LATPOLE",
+                                                          "RADESYS", "EQUINOX", "RADECSYS", "PLTSOLVD"};
+  static constexpr std::array<std::string_view, 9> kOfAxis{"CTYPE", "CRPIX", "CRVAL", "CDELT", "CROTA",
+                                                           "CUNIT", "CNAME", "CRDER", "CSYER"};
+  static constexpr std::array<std::string_view, 4> kOfPair{"CD", "PC", "PV", "PS"};
+  static constexpr std::array<std::string_view, 4> kDistortion{"A_", "B_", "AP_", "BP_"};
+  for (std::string_view stem : kDistortion) {
+    if (!keyword.starts_with(stem)) continue;
+    std::string_view const rest = keyword.substr(stem.size());
+    if (rest == "ORDER" || rest == "DMAX" || IsIndexPair(rest)) return true;
+  }
+  auto const matches = [](std::string_view key) {
+    auto const behind = [key](std::string_view stem) { return key.substr(std::min(stem.size(), key.size())); };
+    return std::find(kNames.begin(), kNames.end(), key) != kNames.end() ||
+           std::any_of(kOfAxis.begin(), kOfAxis.end(),
+                       [&](auto stem) { return key.starts_with(stem) && IsDigits(behind(stem)); }) ||
+           std::any_of(kOfPair.begin(), kOfPair.end(),
+                       [&](auto stem) { return key.starts_with(stem) && IsIndexPair(behind(stem)); });
+  };
+  if (matches(keyword)) return true;
+  // A letter at the end names an alternative set of coordinates.
+  return !keyword.empty() && std::isupper(static_cast<unsigned char>(keyword.back())) != 0 &&
+         matches(keyword.substr(0, keyword.size() - 1));
 }
 
 std::string CardPrefix(std::string const& keyword) {

@@ -248,7 +248,7 @@ void FitsReader::Impl::ReadHeader() {
 }
 
 void FitsReader::Impl::ReadStored(int plane, int fileRow, std::int64_t count, void* stored) {
-  LONGLONG first[3] = {1, fileRow + 1, plane + 1};
+  LONGLONG first[kMaxAxes] = {1, fileRow + 1, plane + 1, 1, 1, 1, 1, 1, 1};
   float floatBlank = std::numeric_limits<float>::quiet_NaN();
   double doubleBlank = std::numeric_limits<double>::quiet_NaN();
   // Compressed floats hold integers inside, with a mark for "no value". Elsewhere nothing may be replaced.
@@ -261,7 +261,7 @@ void FitsReader::Impl::ReadStored(int plane, int fileRow, std::int64_t count, vo
 }
 
 void FitsReader::Impl::RequireLastSample() {
-  LONGLONG first[3] = {shape.width, shape.height, shape.planes};
+  LONGLONG first[kMaxAxes] = {shape.width, shape.height, shape.planes, 1, 1, 1, 1, 1, 1};
   std::int64_t stored = 0;
   int status = 0;
   fits_read_pixll(file, MemoryTypeOf(bitpix), first, 1, nullptr, &stored, nullptr, &status);

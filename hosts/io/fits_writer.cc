@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
+#include <limits>
 #include <mutex>
 #include <vector>
 
@@ -17,6 +17,7 @@ namespace orb::host {
 namespace {
 
 constexpr std::int64_t kBlockBytes = 2880;
+constexpr std::int64_t kMostSamples = 1LL << 40;  // of a plane; beyond any disk, and far from overflow in byte counts
 constexpr std::int64_t kChunkSamples = 64 * 1024;
 
 void RequirePlainName(std::string const& path) {
@@ -28,10 +29,11 @@ void RequirePlainName(std::string const& path) {
 }
 
 std::int64_t FileBytes(Shape const& shape, FitsHeader const& header) {
+  std::int64_t const planeSamples = static_cast<std::int64_t>(shape.width) * shape.height;
+  if (planeSamples > kMostSamples) return std::numeric_limits<std::int64_t>::max();
   auto const blocks = [](std::int64_t bytes) { return (bytes + kBlockBytes - 1) / kBlockBytes * kBlockBytes; };
   auto const cards = static_cast<std::int64_t>(header.cards.size()) + 8;  // those of the array
-  return blocks(cards * static_cast<std::int64_t>(kCardLength)) +
-         blocks(4LL * shape.width * shape.height * shape.planes);
+  return blocks(cards * static_cast<std::int64_t>(kCardLength)) + blocks(4 * planeSamples * shape.planes);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <hosts/io/input_check.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +22,8 @@ void RequireReadableFile(std::string const& path) {
   if (S_ISDIR(status.st_mode)) fail("is a directory, not a file");
   if (!S_ISREG(status.st_mode)) fail("is not a regular file");
   if (status.st_size == 0) fail("the file is empty");
-  if (access(path.c_str(), R_OK) != 0) fail(std::string("cannot be read: ") + std::strerror(errno));
+  if (faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0)
+    fail(std::string("cannot be read: ") + std::strerror(errno));
 }
 
 }  // namespace orb::host
