@@ -1,0 +1,45 @@
+// Finds the stars of a frame, calibrated or raw.
+//
+// 1. The sky is taken away: a mesh of clipped medians. A colour image counts with the mean of its planes.
+// 2. Spikes go: a sample that stands up without the neighbours that any lens gives a star (hot pixels, hot columns,
+// single
+//    hits of cosmic rays) becomes the median of its neighbours. A star must be about 1.5 pixels wide to pass.
+// 3. On a copy smoothed by binomial weights of 5 x 5 every local maximum above `threshold` times the local noise
+// counts.
+//    Ridges do not (satellite trails, plateaus): maxima with as much light on two opposite sides.
+// 4. COrbImage::GetCenterOfGravity refines the position in a square around the maximum, which follows the star.
+// 5. Flux is the sum above the sky within a circle, peak the largest sample above the sky near the middle.
+//
+// Scratch memory: two float planes.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include <hosts/orbimg/frame_transform.h>
+#include <orbimg/orbimg.h>
+
+namespace orb::host {
+
+struct StarFinderSettings {
+  double threshold = 5.0;            // times the noise of the smoothed sky
+  int cellSide = 64;                 // pixels: the mesh of the sky
+  int radius = 5;                    // pixels: half the side of the square of the centroid
+  double aperture = 6.0;             // pixels: radius of the circle of the flux
+  std::optional<double> saturation;  // raw: stars with a sample at or above it are left out
+  int maxStars = 0;                  // keeps the brightest; 0 keeps all
+};
+
+struct Star {
+  double x = 0.0;  // pixels, middles of pixels at whole numbers, row 0 on top
+  double y = 0.0;
+  double peak = 0.0;  // raw units above the sky
+  double flux = 0.0;  // raw units above the sky
+};
+
+// Sorted by falling flux. Stars nearer to the edge than the square or the circle needs are left out.
+std::vector<Star> FindStars(COrbImage const& image, StarFinderSettings const& settings);
+
+std::vector<Position> PositionsOf(std::vector<Star> const& stars);
+
+}  // namespace orb::host
