@@ -8,6 +8,7 @@
 #include <orbimg/core/orb_image.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
+#include <orbimg/stacking/matching.h>
 #include <orbimg/tone/auto_level.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
