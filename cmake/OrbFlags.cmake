@@ -18,6 +18,11 @@ target_compile_options(orb_flags INTERFACE
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   target_compile_options(orb_flags INTERFACE -Wno-pass-failed)
 endif()
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # GCC 12 loses the rounding of two neighbouring doubles to float when it packs straight-line code into vectors and
+  # widens them again: a = (float)x, b = (float)y, both kept as doubles, keep all their bits. Loops are not affected.
+  target_compile_options(orb_flags INTERFACE -fno-tree-slp-vectorize)
+endif()
 if(ORBIMG_WERROR)
   target_compile_options(orb_flags INTERFACE -Werror)
 endif()

@@ -1,4 +1,5 @@
 // Reading a device-independent bitmap into 8-bit samples.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -80,8 +81,8 @@ bool ReadLayout(Bitmap& bitmap, unsigned char const* data, std::size_t size) {
   std::size_t const entries = PaletteEntries(bitmap.header);
   if (offset > size || entries > (size - offset) / sizeof(RGBQUAD)) return false;
   if (bitmap.header.biBitCount <= 8) {
-    bitmap.palette.assign(std::size_t{1} << bitmap.header.biBitCount, Color{0, 0, 0});
-    for (std::size_t i = 0; i < entries && i < bitmap.palette.size(); ++i) {
+    bitmap.palette.resize(std::min(entries, std::size_t{1} << bitmap.header.biBitCount));
+    for (std::size_t i = 0; i < bitmap.palette.size(); ++i) {
       unsigned char const* entry = data + offset + i * sizeof(RGBQUAD);
       bitmap.palette[i] = Color{entry[2], entry[1], entry[0]};
     }
@@ -118,7 +119,10 @@ std::uint8_t MaskedByte(std::uint32_t value, std::uint32_t mask) {
 
 Color ReadColor(Bitmap const& bitmap, unsigned char const* row, int x) {
   int const bits = bitmap.header.biBitCount;
-  if (bits <= 8) return bitmap.palette[PaletteIndex(row, x, bits)];
+  if (bits <= 8) {
+    std::size_t const index = PaletteIndex(row, x, bits);
+    return index < bitmap.palette.size() ? bitmap.palette[index] : Color{0, 0, 0};
+  }
   std::size_t const bytes = static_cast<std::size_t>(bits) / 8;
   unsigned char const* p = row + static_cast<std::size_t>(x) * bytes;
   if (bits == 24) return Color{p[2], p[1], p[0]};

@@ -6,9 +6,6 @@
 #include <new>
 #include <utility>
 
-#include <orbcim/extrema_internal.h>
-#include <platform/assert.h>
-
 namespace {
 
 constexpr double kNewLevelMin = 0.0;
@@ -48,8 +45,11 @@ CImage::~CImage() = default;
 
 CImage& CImage::CopyImage(CImage const& src, HWND wnd, char const* text) {
   if (this == &src) return *this;
-  vmImage = src.vmImage ? std::make_unique<CVmImage>(*src.vmImage, wnd, text) : nullptr;
-  CopyRecords(src);
+  // Made aside, so that lack of memory leaves this image as it was.
+  CImage copy;
+  if (src.vmImage) copy.vmImage = std::make_unique<CVmImage>(*src.vmImage, wnd, text);
+  copy.CopyRecords(src);
+  CImage::Swap(&copy);
   return *this;
 }
 
@@ -153,15 +153,6 @@ int CImage::ChangeSize(int newWidth, int newHeight, HWND, char const*) {
     width = newWidth;
     height = newHeight;
   });
-}
-
-void CImage::GetMinMax(int plane, double* min, double* max) const {
-  ORB_ASSERT(bitsPixel == -32 && width > 0 && height > 0);
-  auto const* samples = reinterpret_cast<float const*>(GetImageAdr(0, 0, plane, 1, nullptr));
-  orb::Extrema<float> found{samples[0], samples[0]};
-  orb::WidenExtrema(samples, static_cast<std::size_t>(width) * static_cast<std::size_t>(height), found);
-  *min = found.min;
-  *max = found.max;
 }
 
 int CImage::SetLevel(int plane, double min, double max) {

@@ -15,6 +15,7 @@ namespace orb {
 namespace {
 
 constexpr std::size_t kAlignment = 64;
+constexpr char const* kDefaultFolder = "/tmp";
 constexpr std::size_t kPad = 64;  // readable zeros behind the last sample
 
 std::size_t WithPad(std::size_t bytes) {
@@ -46,8 +47,7 @@ class MemoryBlock : public SampleBlock {
 class ScratchFileBlock : public SampleBlock {
  public:
   ScratchFileBlock(std::size_t bytes, char const* folder) : size(WithPad(bytes)) {
-    char const* const temporary = std::getenv("TMPDIR");
-    std::string path = folder != nullptr ? folder : temporary != nullptr ? temporary : "/tmp";
+    std::string path = folder != nullptr ? folder : kDefaultFolder;
     path += "/orbimg-XXXXXX";
     int const file = mkostemp(path.data(), O_CLOEXEC);
     if (file < 0) throw std::bad_alloc();

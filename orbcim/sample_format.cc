@@ -1,4 +1,5 @@
-// Reading and converting samples of the five formats.
+// Reading, converting and ranging samples of the five formats.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -7,6 +8,7 @@
 #include <type_traits>
 #include <utility>
 
+#include <orbcim/extrema_internal.h>
 #include <orbimg/core/image.h>
 
 namespace {
@@ -15,18 +17,29 @@ namespace {
 template <typename Visit>
 bool WithSampleType(int bitsPixel, int isSigned, Visit visit) {
   switch (bitsPixel) {
-    case -64: visit(static_cast<double*>(nullptr)); return true;
-    case -32: visit(static_cast<float*>(nullptr)); return true;
-    case 8: visit(static_cast<std::uint8_t*>(nullptr)); return true;
+    case -64:
+      visit(static_cast<double*>(nullptr));
+      return true;
+    case -32:
+      visit(static_cast<float*>(nullptr));
+      return true;
+    case 8:
+      visit(static_cast<std::uint8_t*>(nullptr));
+      return true;
     case 16:
-      if (isSigned != 0) visit(static_cast<std::int16_t*>(nullptr));
-      else visit(static_cast<std::uint16_t*>(nullptr));
+      if (isSigned != 0)
+        visit(static_cast<std::int16_t*>(nullptr));
+      else
+        visit(static_cast<std::uint16_t*>(nullptr));
       return true;
     case 32:
-      if (isSigned != 0) visit(static_cast<std::int32_t*>(nullptr));
-      else visit(static_cast<std::uint32_t*>(nullptr));
+      if (isSigned != 0)
+        visit(static_cast<std::int32_t*>(nullptr));
+      else
+        visit(static_cast<std::uint32_t*>(nullptr));
       return true;
-    default: return false;
+    default:
+      return false;
   }
 }
 
@@ -45,13 +58,25 @@ To ConvertSample(double v) {
   }
 }
 
+template <typename T>
+void FindMinMax(T const* samples, std::size_t count, double* min, double* max) {
+  orb::Extrema<T> found{samples[0], samples[0]};
+  if constexpr (std::is_floating_point_v<T>) {
+    orb::WidenExtrema(samples, count, found);
+  } else {
+    auto const [least, greatest] = std::minmax_element(samples, samples + count);
+    found = {*least, *greatest};
+  }
+  *min = static_cast<double>(found.min);
+  *max = static_cast<double>(found.max);
+}
+
 }  // namespace
 
 double CImage::GetPixel(unsigned char* p) const {
   double stored = 0.0;
-  bool const known = WithSampleType(bitsPixel, isSigned, [&](auto* type) {
-    stored = static_cast<double>(*reinterpret_cast<decltype(type)>(p));
-  });
+  bool const known = WithSampleType(
+      bitsPixel, isSigned, [&](auto* type) { stored = static_cast<double>(*reinterpret_cast<decltype(type)>(p)); });
   return known ? stored * bscale + bzero : 0.0;
 }
 
@@ -79,4 +104,14 @@ int CImage::ChangeBits(int newBitsPixel, int, int, HWND, char const*) {
   } catch (std::bad_alloc const&) {
     return 0;
   }
+}
+
+void CImage::GetMinMax(int plane, double* min, double* max) const {
+  *min = 0.0;
+  *max = 0.0;
+  if (plane < 0 || plane >= planes || width < 1 || height < 1) return;
+  unsigned char* const samples = GetImageAdr(0, 0, plane, 1, nullptr);
+  auto const count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  WithSampleType(bitsPixel, isSigned,
+                 [&](auto* type) { FindMinMax(reinterpret_cast<decltype(type)>(samples), count, min, max); });
 }

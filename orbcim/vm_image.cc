@@ -17,6 +17,11 @@ std::size_t BlockBytes(int bytesPixel, int width, int height, int planes) {
   return bytes;
 }
 
+std::unique_ptr<CVmBlock[]> MakeBlocks(int count) {
+  if (count < 0) AfxThrowMemoryException();
+  return std::make_unique<CVmBlock[]>(static_cast<std::size_t>(count));
+}
+
 std::unique_ptr<orb::SampleBlock> MakeBlock(std::size_t bytes) {
   CVmManager const& manager = CVmManager::OfThread();
   if (bytes > static_cast<std::size_t>(manager.GetBlockSize())) {
@@ -32,7 +37,7 @@ CVmManager& CVmManager::OfThread() {
   return manager;
 }
 
-CVmHandle::CVmHandle(int n) : blockCount(n), blocks(std::make_unique<CVmBlock[]>(static_cast<std::size_t>(n))) {}
+CVmHandle::CVmHandle(int n) : blockCount(n), blocks(MakeBlocks(n)) {}
 
 CVmImage::CVmImage(int initBytesPixel, int initWidth, int initHeight, int initPlanes)
     : width(initWidth),
@@ -81,7 +86,8 @@ void CVmImage::UnlockAll() {
 
 int CVmImage::GetLockCount() const { return locks->Count(); }
 
-// Only a block that did move its samples makes us write the address: a store that is only read may be shared by threads.
+// Only a block that did move its samples makes us write the address: a store that is only read may be shared by
+// threads.
 void CVmImage::AfterUnlock() {
   if (locks->Count() > 0) return;
   block->OnLastUnlock();

@@ -6,6 +6,7 @@
 #include <orbimg/core/invert.h>
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
+#include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/matching.h>

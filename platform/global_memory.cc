@@ -1,5 +1,6 @@
 #include <platform/global_memory.h>
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -8,7 +9,7 @@
 namespace orb {
 
 // The samples follow this header in the same allocation, so that one malloc serves a block.
-struct alignas(64) GlobalBlock {
+struct alignas(std::max_align_t) GlobalBlock {
   std::size_t size;
   int locks;
 
@@ -19,10 +20,9 @@ struct alignas(64) GlobalBlock {
 
 HGLOBAL GlobalAlloc(unsigned flags, std::size_t size) {
   constexpr std::size_t kHeader = sizeof(orb::GlobalBlock);
-  constexpr std::size_t kAlign = alignof(orb::GlobalBlock);
-  if (size > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) - 2 * kHeader) return nullptr;
-  std::size_t const total = kHeader + (size + kAlign - 1) / kAlign * kAlign;
-  void* memory = std::aligned_alloc(kAlign, total);
+  if (size > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) - kHeader) return nullptr;
+  // Not aligned further: blocks of one size that come and go would then not be given the same pages again.
+  void* memory = std::malloc(kHeader + size);
   if (memory == nullptr) return nullptr;
   auto* block = new (memory) orb::GlobalBlock{size, 0};
   if ((flags & GMEM_ZEROINIT) != 0) std::memset(block->Data(), 0, size);

@@ -4,16 +4,14 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
+#include <utility>
 
-#include <hosts/orbimg/sky_map.h>
+#include <hosts/orbimg/clean_frame.h>
 
 namespace orb::host {
 namespace {
 
-constexpr double kSpikeNoise = 5.0;   // a spike stands this many noises above the sky
-constexpr double kSpikeSides = 0.12;  // of its height; a star 1.5 pixels wide keeps 0.15 on either side
-constexpr double kRidge = 0.5;        // of the maximum, on two opposite sides
+constexpr double kRidge = 0.5;  // of the maximum, on two opposite sides
 constexpr int kRidgeAxes = 8;
 constexpr int kPeakRadius = 2;  // pixels: a maximum is the largest of 5 x 5
 constexpr int kMaxRecentrings = 4;
@@ -25,103 +23,16 @@ struct Peak {
   int y;
 };
 
-float* RowOf(COrbImage& work, int y) { return work.GetImageAdr(0, y, 0, 0, nullptr); }
-float const* RowOf(COrbImage const& work, int y) { return work.GetImageAdr(0, y, 0, 1, nullptr); }
-
-// One plane: the mean of all planes, seen through levels on which the 256-scale is the sample itself.
-COrbImage JoinPlanes(COrbImage const& image) {
-  int const width = image.GetWidth();
-  COrbImage work(-32, width, image.GetHeight(), 1, 1.0, 0.0, 1, nullptr, nullptr);
-  work.SetLevel(0, 0.0, 255.0);
-  int const planes = image.GetPlanes();
-  for (int y = 0; y < image.GetHeight(); ++y) {
-    float* out = RowOf(work, y);
-    for (int plane = 0; plane < planes; ++plane) {
-      float const* row = image.GetImageAdr(0, y, plane, 1, nullptr);
-      for (int x = 0; x < width; ++x) out[x] += row[x] / static_cast<float>(planes);
-    }
-  }
-  return work;
-}
-
-// What is not finite becomes sky.
-void SubtractSky(COrbImage& work, SkyMap const& sky) {
-  std::vector<float> level(work.GetWidth());
-  for (int y = 0; y < work.GetHeight(); ++y) {
-    sky.LevelRow(y, level.data());
-    float* row = RowOf(work, y);
-    for (int x = 0; x < work.GetWidth(); ++x) row[x] = std::isfinite(row[x]) ? row[x] - level[x] : 0.0f;
-  }
-}
-
-// A hot pixel or column leaves one pair of sides dark, left and right or above and below; a star lights both.
-bool IsSpike(float const* above, float const* row, float const* below, int x) {
-  double const besides = (above[x - 1] + row[x - 1] + below[x - 1] + above[x + 1] + row[x + 1] + below[x + 1]) / 6.0;
-  double const aboveBelow = (above[x - 1] + above[x] + above[x + 1] + below[x - 1] + below[x] + below[x + 1]) / 6.0;
-  return std::min(besides, aboveBelow) < kSpikeSides * row[x];
-}
-
-float MedianOfNeighbours(float const* above, float const* row, float const* below, int x) {
-  std::array<float, 8> near = {above[x - 1], above[x],     above[x + 1], row[x - 1],
-                               row[x + 1],   below[x - 1], below[x],     below[x + 1]};
-  std::nth_element(near.begin(), near.begin() + 4, near.end());
-  return near[4];
-}
-
-struct Spike {
-  int x;
-  int y;
-  float mended;
-};
-
-// All are found before one is mended, so that no spike is judged by a mended neighbour.
-void RemoveSpikes(COrbImage& work, SkyMap const& sky) {
-  std::vector<Spike> spikes;
-  std::vector<float> noise(work.GetWidth());
-  for (int y = 1; y < work.GetHeight() - 1; ++y) {
-    sky.NoiseRow(y, noise.data());
-    float const* above = RowOf(work, y - 1);
-    float const* row = RowOf(work, y);
-    float const* below = RowOf(work, y + 1);
-    for (int x = 1; x < work.GetWidth() - 1; ++x) {
-      if (!(row[x] > kSpikeNoise * noise[x]) || !IsSpike(above, row, below, x)) continue;
-      spikes.push_back(Spike{x, y, MedianOfNeighbours(above, row, below, x)});
-    }
-  }
-  for (Spike const& spike : spikes) RowOf(work, spike.y)[spike.x] = spike.mended;
-}
-
-// Weights 1 4 6 4 1, edges held.
-template <typename Sample>
-float Binomial(Sample const& at, int i, int size) {
-  int const last = size - 1;
-  float const far = at(std::max(i - 2, 0)) + at(std::min(i + 2, last));
-  float const near = at(std::max(i - 1, 0)) + at(std::min(i + 1, last));
-  return (far + 4.0f * near + 6.0f * at(i)) / 16.0f;
-}
-
-std::vector<float> Smooth(COrbImage const& work) {
-  int const width = work.GetWidth();
-  int const height = work.GetHeight();
-  std::vector<float> smooth(static_cast<std::size_t>(width) * height);
-  std::vector<float> columns(width);
-  for (int y = 0; y < height; ++y) {
-    std::array<float const*, 5> rows;
-    for (int k = 0; k < 5; ++k) rows[k] = RowOf(work, std::clamp(y + k - 2, 0, height - 1));
-    for (int x = 0; x < width; ++x) {
-      columns[x] = ((rows[0][x] + rows[4][x]) + 4.0f * (rows[1][x] + rows[3][x]) + 6.0f * rows[2][x]) / 16.0f;
-    }
-    float* out = smooth.data() + static_cast<std::ptrdiff_t>(y) * width;
-    for (int x = 0; x < width; ++x) out[x] = Binomial([&](int i) { return columns[i]; }, x, width);
-  }
-  return smooth;
-}
+float const* RowOf(COrbImage const& image, int y) { return image.GetImageAdr(0, y, 0, 1, nullptr); }
 
 // Maxima of the smoothed frame.
 class PeakSearch {
  public:
-  PeakSearch(std::vector<float> const& initSmooth, int initWidth, int initHeight, StarFinderSettings const& settings)
-      : smooth(initSmooth), width(initWidth), height(initHeight), threshold(settings.threshold) {
+  PeakSearch(COrbImage const& initSmooth, StarFinderSettings const& settings)
+      : smooth(initSmooth),
+        width(initSmooth.GetWidth()),
+        height(initSmooth.GetHeight()),
+        threshold(settings.threshold) {
     margin = std::max(settings.radius, static_cast<int>(std::ceil(settings.aperture))) + 1;
     for (int i = 0; i < kRidgeAxes; ++i) {
       double const angle = kPi * i / kRidgeAxes;
@@ -146,7 +57,7 @@ class PeakSearch {
   }
 
  private:
-  float At(int x, int y) const { return smooth[static_cast<std::size_t>(y) * width + x]; }
+  float At(int x, int y) const { return RowOf(smooth, y)[x]; }
 
   // Of equal samples the first counts.
   bool IsLargest(int x, int y) const {
@@ -168,7 +79,7 @@ class PeakSearch {
     return false;
   }
 
-  std::vector<float> const& smooth;
+  COrbImage const& smooth;
   int width;
   int height;
   double threshold;
@@ -179,13 +90,13 @@ class PeakSearch {
 
 // The centroid of the square around a pixel, the square following it. Nothing if it leaves the star that it began with,
 // or the frame.
-std::optional<Position> FindCentre(COrbImage& work, Peak const& peak, int radius) {
+std::optional<Position> FindCentre(COrbImage& smooth, Peak const& peak, int radius) {
   int column = peak.x;
   int row = peak.y;
   for (int i = 0; i < kMaxRecentrings; ++i) {
     CRect square(column - radius, row - radius, column + radius + 1, row + radius + 1);
     Position centre;
-    work.GetCenterOfGravity(centre.x, centre.y, &square);
+    smooth.GetCenterOfGravity(centre.x, centre.y, &square);
     int const nextColumn = static_cast<int>(centre.x + 0.5);
     int const nextRow = static_cast<int>(centre.y + 0.5);
     if (std::abs(nextColumn - peak.x) > radius || std::abs(nextRow - peak.y) > radius) return std::nullopt;
@@ -197,18 +108,18 @@ std::optional<Position> FindCentre(COrbImage& work, Peak const& peak, int radius
   return std::nullopt;
 }
 
-bool FitsInside(COrbImage const& work, Position const& centre, double reach) {
-  return centre.x >= reach && centre.y >= reach && centre.x <= work.GetWidth() - 1 - reach &&
-         centre.y <= work.GetHeight() - 1 - reach;
+bool FitsInside(COrbImage const& clean, Position const& centre, double reach) {
+  return centre.x >= reach && centre.y >= reach && centre.x <= clean.GetWidth() - 1 - reach &&
+         centre.y <= clean.GetHeight() - 1 - reach;
 }
 
-double SumWithin(COrbImage const& work, Position const& centre, double radius) {
+double SumWithin(COrbImage const& clean, Position const& centre, double radius) {
   double sum = 0.0;
   int const left = static_cast<int>(std::ceil(centre.x - radius));
   int const right = static_cast<int>(std::floor(centre.x + radius));
   int const bottom = static_cast<int>(std::floor(centre.y + radius));
   for (int y = static_cast<int>(std::ceil(centre.y - radius)); y <= bottom; ++y) {
-    float const* row = RowOf(work, y);
+    float const* row = RowOf(clean, y);
     for (int x = left; x <= right; ++x) {
       if (SquaredDistance(centre, Position{static_cast<double>(x), static_cast<double>(y)}) <= radius * radius) {
         sum += row[x];
@@ -259,35 +170,27 @@ void DropRepeats(std::vector<Star>& stars) {
   stars.resize(kept);
 }
 
-std::optional<Star> MeasureStar(COrbImage const& image, COrbImage& work, Peak const& peak,
+std::optional<Star> MeasureStar(COrbImage const& image, COrbImage const& clean, COrbImage& smooth, Peak const& peak,
                                 StarFinderSettings const& settings) {
-  std::optional<Position> const centre = FindCentre(work, peak, settings.radius);
+  std::optional<Position> const centre = FindCentre(smooth, peak, settings.radius);
   double const reach = std::max(static_cast<double>(settings.radius), settings.aperture);
-  if (!centre || !FitsInside(work, *centre, reach)) return std::nullopt;
+  if (!centre || !FitsInside(clean, *centre, reach)) return std::nullopt;
   if (IsSaturated(image, *centre, settings.saturation)) return std::nullopt;
-  Star const star{centre->x, centre->y, LargestNear(work, 0, *centre), SumWithin(work, *centre, settings.aperture)};
+  Star const star{centre->x, centre->y, LargestNear(clean, 0, *centre), SumWithin(clean, *centre, settings.aperture)};
   if (!(star.flux > 0.0)) return std::nullopt;
   return star;
-}
-
-COrbImage MakeCleanCopy(COrbImage const& image, int cellSide) {
-  COrbImage work = JoinPlanes(image);
-  SkyMap const sky(RowOf(work, 0), work.GetWidth(), work.GetHeight(), cellSide);
-  SubtractSky(work, sky);
-  RemoveSpikes(work, sky);
-  return work;
 }
 
 }  // namespace
 
 std::vector<Star> FindStars(COrbImage const& image, StarFinderSettings const& settings) {
-  COrbImage work = MakeCleanCopy(image, settings.cellSide);
-  std::vector<float> const smooth = Smooth(work);
-  SkyMap const smoothSky(smooth.data(), work.GetWidth(), work.GetHeight(), settings.cellSide);
-  PeakSearch const search(smooth, work.GetWidth(), work.GetHeight(), settings);
+  COrbImage const clean = CleanFrame(image, settings.cellSide);
+  COrbImage smooth = SmoothFrame(clean, settings.smoothing);
+  SkyMap const sky = MapSky(smooth, settings.cellSide);
+  PeakSearch const search(smooth, settings);
   std::vector<Star> stars;
-  for (Peak const& peak : search.Find(smoothSky)) {
-    if (std::optional<Star> const star = MeasureStar(image, work, peak, settings)) stars.push_back(*star);
+  for (Peak const& peak : search.Find(sky)) {
+    if (std::optional<Star> const star = MeasureStar(image, clean, smooth, peak, settings)) stars.push_back(*star);
   }
   auto const brighter = [](Star const& a, Star const& b) { return a.flux > b.flux; };
   std::stable_sort(stars.begin(), stars.end(), brighter);

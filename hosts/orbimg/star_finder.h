@@ -24,6 +24,7 @@ namespace orb::host {
 struct StarFinderSettings {
   double threshold = 5.0;            // times the noise of the smoothed sky
   int cellSide = 64;                 // pixels: the mesh of the sky
+  int smoothing = 1;                 // passes of the binomial weights
   int radius = 5;                    // pixels: half the side of the square of the centroid
   double aperture = 6.0;             // pixels: radius of the circle of the flux
   std::optional<double> saturation;  // raw: stars with a sample at or above it are left out

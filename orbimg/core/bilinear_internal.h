@@ -2,7 +2,6 @@
 #pragma once
 
 #include <orbimg/core/orb_image.h>
-#include <platform/assert.h>
 
 namespace orb {
 
@@ -20,7 +19,8 @@ inline CellPosition FindCell(double position, int size) {
     int const cell = size > 1 ? size - 2 : 0;
     return CellPosition{cell, static_cast<double>(size - 1) - cell, size == 1};
   }
-  int const cell = static_cast<int>(position);
+  // A position below the first sample, or one that is not a number, must not lead out of the image.
+  int const cell = position > 0.0 ? static_cast<int>(position) : 0;
   return CellPosition{cell, position - cell, cell == position};
 }
 
@@ -31,7 +31,6 @@ inline double InterpolateCell(double a0, double a1, double b0, double b1, double
 
 // The stored sample at whole coordinates. A side of one sample stands for its own neighbour.
 inline double Bilinear(COrbImage const& image, double x, double y, int plane) {
-  ORB_ASSERT(x >= 0.0 && y >= 0.0);
   CellPosition const column = FindCell(x, image.GetWidth());
   CellPosition const row = FindCell(y, image.GetHeight());
   float const* a = image.GetImageAdr(column.cell, row.cell, plane, 1, nullptr);

@@ -1,9 +1,10 @@
 // CfPoint, CfSize: a point and a size that keep an integer and a floating view of themselves.
 //
-// Setting integers makes the floats exact; setting floats truncates the integers toward zero. A point whose integer x or
-// y is -1 is unset.
+// Setting integers makes the floats exact; setting floats truncates the integers toward zero, held at the range of int.
+// A point whose integer x or y is -1 is unset.
 #pragma once
 
+#include <orbimg/core/truncate.h>
 #include <platform/export.h>
 #include <platform/rect.h>
 
@@ -18,8 +19,8 @@ class ORBIMG_API CfPoint {
   CfPoint(int initX, int initY) { Set(initX, initY); }
   CfPoint(double initX, double initY) { Set(initX, initY); }
   CfPoint(CfPoint const& other) = default;
-  explicit CfPoint(CPoint const& point) { Set(point.x, point.y); }
-  explicit CfPoint(CSize const& size) { Set(size.cx, size.cy); }
+  CfPoint(CPoint const& point) { Set(point.x, point.y); }
+  CfPoint(CSize const& size) { Set(size.cx, size.cy); }
   virtual ~CfPoint() = default;
 
   CfPoint& operator=(CfPoint const& other) = default;
@@ -31,8 +32,8 @@ class ORBIMG_API CfPoint {
     fy = newY;
   }
   void Set(double newX, double newY) {
-    x = static_cast<int>(newX);
-    y = static_cast<int>(newY);
+    x = orb::TruncateToInt(newX);
+    y = orb::TruncateToInt(newY);
     fx = newX;
     fy = newY;
   }
@@ -49,8 +50,8 @@ class ORBIMG_API CfSize {
   CfSize(int initX, int initY) { Set(initX, initY); }
   CfSize(double initX, double initY) { Set(initX, initY); }
   CfSize(CfSize const& other) = default;
-  explicit CfSize(CPoint const& point) { Set(point.x, point.y); }
-  explicit CfSize(CSize const& size) { Set(size.cx, size.cy); }
+  CfSize(CPoint const& point) { Set(point.x, point.y); }
+  CfSize(CSize const& size) { Set(size.cx, size.cy); }
   virtual ~CfSize() = default;
 
   CfSize& operator=(CfSize const& other) = default;
@@ -62,8 +63,8 @@ class ORBIMG_API CfSize {
     fy = newY;
   }
   void Set(double newX, double newY) {
-    x = static_cast<int>(newX);
-    y = static_cast<int>(newY);
+    x = orb::TruncateToInt(newX);
+    y = orb::TruncateToInt(newY);
     fx = newX;
     fy = newY;
   }

@@ -26,7 +26,8 @@ template <typename T>
     // Not-a-number fails the first comparison, so that no conversion meets it.
     double const atLeast = position > 0.0 ? position : 0.0;
     int const held = static_cast<int>(atLeast < last ? atLeast : last);
-    classes[x] = (lo <= v) & (v <= hi) ? held : bins;
+    bool const counted = (lo <= v) & (v <= hi);
+    classes[x] = counted ? held : bins;
   }
 }
 

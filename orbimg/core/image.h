@@ -1,7 +1,7 @@
 // CImage: shape, sample format, level pair of each plane, the file and camera records, and the store of the samples.
 //
-// A level pair (levelMin, levelMax) is the window, in raw units, through which a plane is seen: it decides what counts as
-// black and as white, and is changed without touching a sample. A new image's planes have the levels 0 to 255.
+// A level pair (levelMin, levelMax) is the window, in raw units, through which a plane is seen: it decides what counts
+// as black and as white, and is changed without touching a sample. A new image's planes have the levels 0 to 255.
 //
 // The setters of width, height, planes and format change only the record, never the store: an image is reshaped by
 // ChangeBits, ChangePlanes and ChangeSize.
@@ -25,8 +25,9 @@ using CString = std::string;  // UTF-8
 class CImage;
 
 namespace orb {
-// Makes `image` a float image over samples of the caller's (planes * height * width floats, plane after plane), with the
-// levels 0 to 255. The image never frees or moves them; an operation that reallocates switches it to memory of its own.
+// Makes `image` a float image over samples of the caller's (planes * height * width floats, plane after plane), with
+// the levels 0 to 255. The image never frees or moves them; an operation that reallocates switches it to memory of its
+// own.
 ORBCIM_API void WrapSamples(CImage& image, float* samples, int width, int height, int planes);
 }  // namespace orb
 
@@ -34,7 +35,8 @@ class ORBCIM_API CImage : public CObject {
  public:
   CImage();
   // Sample format codes: -64 and -32 floats, 8 unsigned bytes, 16 and 32 integers, signed if `isSigned`.
-  CImage(int bitsPixel, int width, int height, int planes, double bscale, double bzero, int isSigned, HWND, char const*);
+  CImage(int bitsPixel, int width, int height, int planes, double bscale, double bzero, int isSigned, HWND,
+         char const*);
   CImage(CImage const& src, HWND, char const*);
   CImage(CImage const&) = delete;
   CImage& operator=(CImage const&) = delete;
@@ -56,8 +58,8 @@ class ORBCIM_API CImage : public CObject {
   int ChangePlanes(int planes, HWND, char const*);
   // Reallocates to another size; the samples are 0 afterwards. Levels stay. 0 on failure.
   int ChangeSize(int width, int height, HWND, char const*);
-  // Smallest and largest raw sample of a plane, starting from sample (0, 0): other samples that are not numbers are passed
-  // over, but one at (0, 0) stays.
+  // Smallest and largest stored sample of a plane, of any format, starting from sample (0, 0): other samples that are
+  // not numbers are passed over, but one at (0, 0) stays. 0 and 0 if there is no such plane or it has no samples.
   void GetMinMax(int plane, double* min, double* max) const;
   // 1; 0 if there is no such plane.
   int SetLevel(int plane, double min, double max);

@@ -9,12 +9,14 @@ constexpr int kMessage = 6124;
 // t = (s - src.min) / src.range
 // d = (255.0 - t * 255.0) * dst.range * (1 / 255) + dst.min
 ORB_ROW_KERNEL void InvertRow(float const* src, float* dst, std::ptrdiff_t count, orb::Level from, orb::Level to) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t x = 0; x < count; ++x) {
-    double const t = (src[x] - from.min) / from.range;
-    double const u = (255.0 - t * 255.0) * to.range;
-    dst[x] = static_cast<float>(u * orb::kInverse255 + to.min);
-  }
+  orb::EachBlock(src, dst, count, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t x = begin; x < end; ++x) {
+      double const t = (src[x] - from.min) / from.range;
+      double const u = (255.0 - t * 255.0) * to.range;
+      dst[x] = static_cast<float>(u * orb::kInverse255 + to.min);
+    }
+  });
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ class ORBIMG_API COrbImage : public CImage {
   int Create(COrbImage const& src, HWND wnd, char const* text);
   // Progress window from the thread's main window, extrema 0, points unset, selection empty. Samples stay.
   void Init();
-  // Exchanges everything but extrema and selection.
+  // Exchanges samples, shape, levels, records, progress window and points. Extrema, selection and a progress run stay.
   void Swap(COrbImage* other);
   // CImage::AttachDIB, then converted to floats. 0 on failure.
   int AttachDIB(HDIB dib);
@@ -50,7 +50,8 @@ class ORBIMG_API COrbImage : public CImage {
   }
 
   // ---- Single samples (orb_image_pixels.cc). Forms with two doubles interpolate between the four neighbours, hold the
-  // last column and row, need coordinates that are not negative, and return the stored sample at whole coordinates.
+  // last column and row, need coordinates that are not negative (others give no
+  // meaningful value, but stay within the image), and return the stored sample at whole coordinates.
   float GetPixelGrayRaw(float* p) const { return *p; }
   float GetPixelGrayRaw(int x, int y, int plane);
   float GetPixelGrayRaw(double x, double y, int plane);
@@ -105,28 +106,47 @@ class ORBIMG_API COrbImage : public CImage {
   void NormalizeRect(CRect* rect, int& left, int& top, int& right, int& bottom);
 
   // ---- Statistics, levels, calibration (orb_image_statistics.cc, _levels.cc, _calibration.cc, _planes.cc)
-  // Counts the samples v with lo <= v <= hi into the class trunc((v - lo) / (hi - lo) * bins), held in 0 .. bins - 1.
-  // `plane` -1 on a colour image counts brightness, the bounds then being raw values of plane 0. `msgId` 0 is 6166.
-  // Returns width * height / bins * 2 of the whole image, in floating point and truncated.
+  // Counts the samples v with lo <= v <= hi (raw units) into the class trunc((v - lo) / (hi - lo) * bins), held in
+  // 0 .. bins - 1; `hist` has room for `bins` counts. `plane` -1 on a colour image counts brightness, lo and hi then
+  // being raw values of plane 0; with fewer than three planes it is plane 0. The rectangle is limited on the left and
+  // on top from below only, on the right and at the bottom from above only. One unit of progress a row, also for
+  // brightness; `msgId` 0 is 6166. Returns width * height / bins * 2 of the whole image, in floating point and
+  // truncated; 0 for 0 classes. With `bins` below 1 nothing is counted. Scratch memory: up to four times `hist`, and
+  // for brightness a row of doubles.
   int GetHistGram(int* const hist, int bins, double lo, double hi, int plane, CRect* rect, int progress, int msgId);
+  // Limits every raw sample to the levels of its plane; those equal to a level, and what is not a number, stay.
   void CutOutOfLevel();
-  // Intended: the sum is divided by (width - 1) and by (height - 1), so it runs slightly above the true mean. The sum is
-  // taken in 16 interleaved partial sums of a row, so it may differ from a plain sum in the last bits of a double.
+  // Intended: the sum is divided by (width - 1) and by (height - 1), so it runs slightly above the true mean, and is
+  // not finite for one column or row. The sum is taken in double, in 16 interleaved partial sums, the same on every
+  // machine; for samples of one sign the result differs from that of one running sum by at most one unit in the last
+  // place of the float.
   float GetAvrGrayRaw(int plane);
-  float GetAvrGray(int plane);
-  float GetAvrGray256f(int plane);
-  // In place: raw * a / f where the flat's sample f is above 0, a being the flat's GetAvrGrayRaw(0), for all planes.
+  float GetAvrGray(int plane);      // GetAvrGrayRaw - levelMin
+  float GetAvrGray256f(int plane);  // GetAvrGrayRaw on the 256-scale
+  // In place, for the shape of this image and a flat of one plane or of as many: raw * a / f where the flat's sample
+  // f is above 0, a being the flat's GetAvrGrayRaw(0), for all planes; otherwise the sample stays. The flat may be
+  // this image. Levels stay. One unit of progress for each row of each plane, message 6105.
   void FlatClbrtn(COrbImage* flat, int progress);
-  // In place: raw - dark, and 0 where that is not above 0.
+  // In place, for the same shapes: raw - dark where that is above 0, otherwise 0. Levels stay. One unit of progress
+  // for each row of each plane, message 6106.
   void DarkClbrtn(COrbImage* dark, int progress);
   // `plane` -1 on a colour image sets plane 0 and moves the other planes by the same fractions of their own ranges.
   void SetLevel(int plane, double min, double max);
+  // To three planes with the levels of plane 0; with a source, filled with its raw samples, a mono plane three times.
+  // Nothing is done, and nothing reported, where there is more than one plane already. Messages 6170 and 6130, one
+  // unit a row. 0 on failure.
   int ToColor();
   int ToColor(COrbImage* src, int progress);
+  // To one plane with the levels of plane 0; with a source, filled with its brightness, from the source's levels to
+  // those. Nothing is done on a mono image. `src` has three planes and is not this image. Messages 6170 and 6129, one
+  // unit a row. 0 on failure.
   int ToGray();
-  int ToGray(COrbImage* src, int progress);  // `src` must not be this image
+  int ToGray(COrbImage* src, int progress);
+  // Sets GetMinPixel and GetMaxPixel of the first three planes. Samples that are not numbers are passed over, but one
+  // at (0, 0) stays; of a 0.0 and a -0.0 the earlier one stays.
   void CalcMinMax();
-  void LiftUp(int rows);  // moves every plane up; the last rows keep their content
+  // Copies row y of every plane to row y - rows, from the top down. The last rows keep their content.
+  void LiftUp(int rows);
 
   // ---- Selection, standard points, centroid, fit (orb_image_points.cc)
   void InitStdPt();
@@ -177,8 +197,18 @@ class ORBIMG_API COrbImage : public CImage {
   // 256-scale of both.
   void PixelBlt(int dstX, int dstY, int width, int height, COrbImage* src, int srcX, int srcY, int convert);
 
-  // ---- Rendering (display/): a bitmap of 8 or 24 bits through the levels; null for other depths or lack of memory. The
-  // caller owns the block.
+  // ---- Rendering (display/). A block with a BITMAPINFOHEADER, at 8 bits 256 palette entries, and the rows from the
+  // bottom up, each padded with zeros to a multiple of four bytes. Every sample becomes its byte on the 256-scale of
+  // its plane.
+  //   24 bits: blue, green, red of each pixel; the same byte three times for a mono image.
+  //   8 bits, mono: the byte, and a palette of grays.
+  //   8 bits, colour: the nearest of 256 colours chosen for this image, without dithering; two pixels whose bytes agree
+  //   in the upper five bits of each channel get the same colour. Intended: all three planes by the levels of plane 0,
+  //   so the balance differs from 24 bits where levels differ. Takes about 1 MB of scratch memory; lack of it is
+  //   std::bad_alloc.
+  // Null for other depths, for an image of two planes, and if there is no memory for the block. The caller owns the
+  // block. biSizeImage is 0 where the size of the rows does not fit its 32 bits. The image is only read; nothing is
+  // reported.
   HDIB GetDib(int bitCount) const;
 
  private:

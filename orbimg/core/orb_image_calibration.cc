@@ -10,12 +10,14 @@ constexpr int kDark = 6106;
 
 // raw * a / f where f > 0
 ORB_ROW_KERNEL void FlatRow(float const* flat, float* row, std::ptrdiff_t count, double a) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t x = 0; x < count; ++x) {
-    double const f = flat[x];
-    float const divided = static_cast<float>(row[x] * a / f);
-    row[x] = f > 0.0 ? divided : row[x];
-  }
+  orb::EachBlock(flat, row, count, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t x = begin; x < end; ++x) {
+      double const f = flat[x];
+      float const divided = static_cast<float>(row[x] * a / f);
+      row[x] = f > 0.0 ? divided : row[x];
+    }
+  });
 }
 
 // t = raw - d where that is above 0, otherwise 0. In float: a difference of two floats that is rounded to a double

@@ -47,8 +47,8 @@ bool IsInside(double x, double y, CRect const& rect) {
 // Direction from the second point to the first, in radians, the y axis upward. Null if the two coincide.
 // The differences are negated as integers, so that a 0 stays +0: atan2 gives +pi, not -pi, for a pair along a row.
 bool FindDirection(CfPoint const& first, CfPoint const& second, double& direction) {
-  int const dx = first.x - second.x;
-  int const dy = first.y - second.y;
+  auto const dx = static_cast<long long>(first.x) - second.x;
+  auto const dy = static_cast<long long>(first.y) - second.y;
   if (dx == 0 && dy == 0) return false;
   direction = std::atan2(static_cast<double>(-dy), static_cast<double>(dx));
   return true;

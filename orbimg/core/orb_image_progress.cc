@@ -3,11 +3,17 @@
 // A counted run of `total` units sends about 50 positions: one when the count first exceeds progressNext, which then
 // grows by one step. The queue of keys is polled at every call, so ESC is seen within one row.
 #include <orbimg/core/orb_image.h>
+#include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
 
 namespace {
+
 constexpr int kMessagesPerRun = 50;
-}
+
+// The sum, exact in a double, held at the range of int: counters stop there instead of wrapping.
+int AddHeld(int a, int b) { return orb::TruncateToInt(static_cast<double>(a) + b); }
+
+}  // namespace
 
 void COrbImage::ShowProgressInit(int on, char const* text, int total) {
   progressTotal = total;
@@ -40,14 +46,14 @@ int COrbImage::ShowProgress(int n) {
     if (progressWnd != nullptr) progressWnd->OnPosition(n);
     return ShowProgressContinue();
   }
-  progressCount += n;
+  progressCount = AddHeld(progressCount, n);
   if (progressCount > progressNext) {
     // A total of 0 has no percentage; the position is 0 then, as the conversion must not meet an infinity.
     double const percent =
         progressTotal != 0 ? static_cast<double>(progressCount) / static_cast<double>(progressTotal) * 100.0 : 0.0;
-    if (progressWnd != nullptr) progressWnd->OnPosition(static_cast<int>(percent));
+    if (progressWnd != nullptr) progressWnd->OnPosition(orb::TruncateToInt(percent));
     // Intended: one step only, however large n was.
-    progressNext += progressStep;
+    progressNext = AddHeld(progressNext, progressStep);
   }
   return ShowProgressContinue();
 }

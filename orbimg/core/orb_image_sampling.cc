@@ -40,7 +40,8 @@ float SampleAfterRounding(COrbImage const& image, int i, int j, int plane) {
   return *image.GetImageAdr(i, j, plane, 1, nullptr);
 }
 
-int RoundDown(double v) { return static_cast<int>(v + 0.5); }
+// Halves go up; truncation toward zero makes -1.5 the first number below.
+int Round(double v) { return static_cast<int>(v + 0.5); }
 
 // value(plane) for one plane, or for the brightness of a colour image where `plane` is -1.
 template <typename Value>
@@ -74,7 +75,7 @@ float COrbImage::GetPixelGray256f(int x, int y, double dx, double dy, double sin
   }
   // Intended: rounding comes after the test of the real position, so the nearest sample may lie one past its row.
   return static_cast<float>(OnePlaneOrBrightness(*this, plane, [&](int p) {
-    double const raw = nearest != 0 ? SampleAfterRounding(*this, RoundDown(sx), RoundDown(sy), p)
+    double const raw = nearest != 0 ? SampleAfterRounding(*this, Round(sx), Round(sy), p)
                                     : orb::Bilinear(*this, sx, sy, p);
     return To256(raw, p);
   }));
@@ -94,7 +95,7 @@ float COrbImage::GetPixelGrayRaw(int x, int y, double dx, double dy, double sinA
     return static_cast<float>(outside);
   }
   return static_cast<float>(OnePlaneOrBrightness(*this, plane, [&](int p) {
-    return nearest != 0 ? static_cast<double>(GetPixelGrayRaw(RoundDown(sx), RoundDown(sy), p))
+    return nearest != 0 ? static_cast<double>(GetPixelGrayRaw(Round(sx), Round(sy), p))
                         : orb::Bilinear(*this, sx, sy, p);
   }));
 }

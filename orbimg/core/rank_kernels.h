@@ -1,4 +1,4 @@
-// The two row loops of a selection by rank.
+// The row loop of a selection by rank.
 #pragma once
 
 #include <cstddef>
@@ -18,12 +18,11 @@ struct BracketCounts {
   std::int64_t atHigh = 0;  // v == high
 };
 
-void CountAroundBracket(float const* values, std::ptrdiff_t count, Bracket<float> bracket, BracketCounts& counts);
-void CountAroundBracket(double const* values, std::ptrdiff_t count, Bracket<double> bracket, BracketCounts& counts);
-
-// Copies the values with low < v < high to `inside`, in their order, and returns how many. `inside` has room for
-// `count`.
-std::ptrdiff_t CollectInside(float const* values, std::ptrdiff_t count, Bracket<float> bracket, float* inside);
-std::ptrdiff_t CollectInside(double const* values, std::ptrdiff_t count, Bracket<double> bracket, double* inside);
+// Counts the values around the bracket, copies those with low < v < high to `inside`, in their order, and returns how
+// many these are. `inside` has room for `count`.
+std::ptrdiff_t SplitRow(float const* values, std::ptrdiff_t count, Bracket<float> bracket, BracketCounts& counts,
+                        float* inside);
+std::ptrdiff_t SplitRow(double const* values, std::ptrdiff_t count, Bracket<double> bracket, BracketCounts& counts,
+                        double* inside);
 
 }  // namespace orb

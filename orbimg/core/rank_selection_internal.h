@@ -8,7 +8,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -64,50 +63,69 @@ Bracket<T> FindBracket(Values& values, std::int64_t rank) {
   auto const wanted = static_cast<std::int64_t>(share * static_cast<double>(kRankSample));
   auto const n = static_cast<std::int64_t>(sample.size());
   Bracket<T> bracket{-std::numeric_limits<T>::infinity(), std::numeric_limits<T>::infinity()};
-  if (wanted - kRankMargin >= 0) bracket.low = SelectAmong(sample.data(), n, std::min(wanted - kRankMargin, n - 1));
+  if (wanted >= kRankMargin && n > 0)
+    bracket.low = SelectAmong(sample.data(), n, std::min(wanted - kRankMargin, n - 1));
   if (wanted + kRankMargin < n) bracket.high = SelectAmong(sample.data(), n, wanted + kRankMargin);
   return bracket;
 }
 
-// Empty where the wanted value lies outside the bracket, or too many lie inside.
-template <typename Values, typename T = typename Values::Type>
-std::optional<T> SelectInBracket(Values& values, std::int64_t rank, Bracket<T> const& bracket) {
-  std::int64_t const capacity = values.Count() / kRankBufferShare + values.Columns();
-  auto const inside = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
-  std::int64_t collected = 0;
-  BracketCounts counts;
-  for (int row = 0; row < values.Rows(); ++row) {
-    if (collected + values.Columns() > capacity) return std::nullopt;
-    T const* const v = values.Row(row);
-    CountAroundBracket(v, values.Columns(), bracket, counts);
-    collected += CollectInside(v, values.Columns(), bracket, inside.get() + collected);
-  }
-  rank -= counts.below;
-  if (rank < 0) return std::nullopt;
-  if (rank < counts.atLow) return bracket.low;
-  rank -= counts.atLow;
-  if (rank < collected) return SelectAmong(inside.get(), collected, rank);
-  // A bracket of one value has had its share already.
-  if (bracket.low < bracket.high && rank < collected + counts.atHigh) return bracket.high;
-  return std::nullopt;
-}
-
-template <typename Values, typename T = typename Values::Type>
-T SelectInCopy(Values& values, std::int64_t rank) {
-  auto const copy = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(values.Count()));
-  T* next = copy.get();
-  for (int row = 0; row < values.Rows(); ++row) next = std::copy_n(values.Row(row), values.Columns(), next);
-  return SelectAmong(copy.get(), values.Count(), rank);
-}
-
-// The value at index `rank` of all values in ascending order. `Values` has a Type, a Count, Rows and Columns, gives the
-// values of a Row, and the one At a position counted along the rows.
+// Finds the value at index `rank` of all values in ascending order. `Values` has a Type, a Count, Rows and Columns,
+// gives the values of a Row, and the one At a position counted along the rows. Every row is to be added once, in any
+// order, so that another statistic of it can be taken while it is at hand.
 template <typename Values>
-typename Values::Type SelectRank(Values& values, std::int64_t rank) {
-  if (values.Count() > 2 * kRankSample) {
-    if (auto const found = SelectInBracket(values, rank, FindBracket(values, rank))) return *found;
+class RankSearch {
+ public:
+  using T = typename Values::Type;
+
+  RankSearch(Values& searched, std::int64_t wantedRank) : values(searched), rank(wantedRank) {
+    if (values.Count() <= 2 * kRankSample) return;
+    bracket = FindBracket(values, rank);
+    room = values.Count() / kRankBufferShare + values.Columns();
+    inside = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(room));
   }
-  return SelectInCopy(values, rank);
-}
+
+  void AddRow(T const* row) {
+    if (collected + values.Columns() > room) {
+      overflown = true;
+    } else {
+      collected += SplitRow(row, values.Columns(), bracket, counts, inside.get() + collected);
+    }
+  }
+
+  T Find() {
+    auto const found = FindInBracket();
+    return found ? *found : FindInCopy();
+  }
+
+ private:
+  // Empty where the wanted value lies outside the bracket, or too many lie inside.
+  std::optional<T> FindInBracket() {
+    if (overflown) return std::nullopt;
+    std::int64_t index = rank - counts.below;
+    if (index < 0) return std::nullopt;
+    if (index < counts.atLow) return bracket.low;
+    index -= counts.atLow;
+    if (index < collected) return SelectAmong(inside.get(), collected, index);
+    // A bracket of one value has had its share already.
+    if (bracket.low < bracket.high && index < collected + counts.atHigh) return bracket.high;
+    return std::nullopt;
+  }
+
+  T FindInCopy() {
+    auto const copy = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(values.Count()));
+    T* next = copy.get();
+    for (int row = 0; row < values.Rows(); ++row) next = std::copy_n(values.Row(row), values.Columns(), next);
+    return SelectAmong(copy.get(), values.Count(), rank);
+  }
+
+  Values& values;
+  std::int64_t rank;
+  Bracket<T> bracket{};
+  BracketCounts counts;
+  std::int64_t room = 0;  // none: too few values for a sample
+  std::unique_ptr<T[]> inside;
+  std::int64_t collected = 0;
+  bool overflown = false;
+};
 
 }  // namespace orb

@@ -7,6 +7,7 @@ namespace orb {
 namespace {
 
 constexpr int kLanes = LaneSum::kLanes;
+static_assert(kBlockColumns % kLanes == 0, "a block begins with the first partial sum");
 
 template <typename T, typename Term>
 [[gnu::always_inline]] inline void AddTerms(T const* values, std::ptrdiff_t count, double* lanes, Term term) {
@@ -30,7 +31,8 @@ struct SquaredDeviation {
 };
 
 ORB_ROW_KERNEL void AddFloats(float const* values, std::ptrdiff_t count, double* lanes) {
-  AddTerms(values, count, lanes, Plain());
+  EachBlock(values, count,
+            [&](std::ptrdiff_t begin, std::ptrdiff_t end) { AddTerms(values + begin, end - begin, lanes, Plain()); });
 }
 
 ORB_ROW_KERNEL void AddDoubles(double const* values, std::ptrdiff_t count, double* lanes) {
@@ -38,7 +40,9 @@ ORB_ROW_KERNEL void AddDoubles(double const* values, std::ptrdiff_t count, doubl
 }
 
 ORB_ROW_KERNEL void AddFloatDeviations(float const* values, std::ptrdiff_t count, double mean, double* lanes) {
-  AddTerms(values, count, lanes, SquaredDeviation{mean});
+  EachBlock(values, count, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    AddTerms(values + begin, end - begin, lanes, SquaredDeviation{mean});
+  });
 }
 
 ORB_ROW_KERNEL void AddDoubleDeviations(double const* values, std::ptrdiff_t count, double mean, double* lanes) {

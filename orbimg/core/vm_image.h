@@ -66,7 +66,7 @@ class ORBIMG_API CVmManager {
   std::int64_t GetBlockSize() const { return blockSize; }
   void SetBlockSize(std::int64_t bytes) { blockSize = bytes; }
 
-  // Folder of the scratch files; null (the default) means the folder for temporary files. Not copied.
+  // Folder of the scratch files; null (the default) means /tmp. Not copied.
   char const* GetScratchFolder() const { return scratchFolder; }
   void SetScratchFolder(char const* folder) { scratchFolder = folder; }
 
@@ -95,7 +95,8 @@ class ORBCIM_API CVmImage {
     return GetImageAdr((row * width + x) * bytesPixel, read, lock, handle);
   }
 
-  // 1 if the token's lock was held. A debug build aborts on a token that is not held.
+  // 1, or 0 if no lock was held. A debug build knows its tokens and aborts on one that is not held; otherwise locks are
+  // only counted.
   int Unlock(void* handle);
   void UnlockAll();
   int GetLockCount() const;

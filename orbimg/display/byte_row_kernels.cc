@@ -13,17 +13,32 @@ namespace {
 
 // Columns whose bytes wait as whole numbers: narrowing from double to byte in one loop would hold the vectors to the
 // smallest lanes' pace.
-constexpr std::ptrdiff_t kBatch = 256;
+constexpr std::ptrdiff_t kBatch = 128;
+
+// Samples are asked for this far ahead. They leave the row at its end, for the next row; a prefetch never faults.
+constexpr std::uintptr_t kBytesAhead = 4096;
+constexpr std::uintptr_t kCacheLine = 64;
+
+inline void PrefetchAhead(float const* src) {
+  std::uintptr_t const ahead = reinterpret_cast<std::uintptr_t>(src) + kBytesAhead;
+  for (std::uintptr_t i = 0; i < kBatch * sizeof(float); i += kCacheLine) {
+    __builtin_prefetch(reinterpret_cast<void const*>(ahead + i));
+  }
+}
+
+// As ToByte, by multiplication; not-a-number is 0.
+inline int MultipliedByte(float raw, double min, double scale) {
+  double const v = (raw - min) * scale;
+  double const notBelow = v > 0.0 ? v : 0.0;
+  return static_cast<int>(notBelow < 255.0 ? notBelow : 255.0);
+}
 
 ORB_ROW_KERNEL void MultiplyRow(float const* src, unsigned char* dst, std::ptrdiff_t count, double min, double scale) {
   alignas(64) int bytes[kBatch];
   for (std::ptrdiff_t begin = 0; begin < count; begin += kBatch) {
     std::ptrdiff_t const columns = std::min(kBatch, count - begin);
-    for (std::ptrdiff_t x = 0; x < columns; ++x) {
-      double const v = (src[begin + x] - min) * scale;
-      double const notBelow = v > 0.0 ? v : 0.0;  // also for not-a-number
-      bytes[x] = static_cast<int>(notBelow < 255.0 ? notBelow : 255.0);
-    }
+    PrefetchAhead(src + begin);
+    for (std::ptrdiff_t x = 0; x < columns; ++x) bytes[x] = MultipliedByte(src[begin + x], min, scale);
     for (std::ptrdiff_t x = 0; x < columns; ++x) dst[begin + x] = static_cast<unsigned char>(bytes[x]);
   }
 }
@@ -31,13 +46,6 @@ ORB_ROW_KERNEL void MultiplyRow(float const* src, unsigned char* dst, std::ptrdi
 ORB_ROW_KERNEL void DivideRow(float const* src, unsigned char* dst, std::ptrdiff_t count, ByteLevel level) {
   ORB_COLUMNS_INDEPENDENT
   for (std::ptrdiff_t x = 0; x < count; ++x) dst[x] = level.ToByte(src[x]);
-}
-
-// What MultiplyRow does to one sample.
-int MultipliedByte(float raw, double min, double scale) {
-  double const v = (raw - min) * scale;
-  double const notBelow = v > 0.0 ? v : 0.0;
-  return static_cast<int>(notBelow < 255.0 ? notBelow : 255.0);
 }
 
 // Place of a float among all floats in rising order, 0.0 and -0.0 at 0; and the float of a place, infinities at the
@@ -90,11 +98,14 @@ bool IsSameAsDividing(ByteLevel const& level, double scale) {
 ByteRule::ByteRule(ByteLevel const& levelOfPlane) : level(levelOfPlane) {
   if (!AreOrdinary(level)) return;
   // Where the exact value is a whole number the quotient reaches it in spite of its roundings. Two units in the last
-  // place make the product reach it too; the next smaller float is too far below to be lifted over it, but for odd
-  // levels.
+  // place make the product reach it too, and the next smaller float is as a rule too far below to be lifted over it.
+  // Around a step at 0.0 floats are closer than that, and the plain product may be the right one.
   constexpr double kLift = 1.0 + 2.0 * std::numeric_limits<double>::epsilon();
-  double const candidate = 255.0 / level.range * kLift;
-  if (IsSameAsDividing(level, candidate)) scale = candidate;
+  for (double const candidate : {255.0 / level.range * kLift, 255.0 / level.range}) {
+    if (!IsSameAsDividing(level, candidate)) continue;
+    scale = candidate;
+    return;
+  }
 }
 
 void ByteRule::ConvertRow(float const* src, unsigned char* dst, std::ptrdiff_t count) const {

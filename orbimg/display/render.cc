@@ -5,16 +5,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 
 #include <orbimg/core/orb_image.h>
+#include <orbimg/display/bitmap_layout_internal.h>
 #include <orbimg/display/byte_row_kernels.h>
 #include <orbimg/display/color_quantizer_internal.h>
 #include <platform/bitmap_info.h>
 
 namespace {
 
-constexpr std::size_t kPaletteEntries = 256;
 constexpr std::ptrdiff_t kPiece = 1024;  // columns whose bytes wait to be put together to pixels
 
 // A new block, locked while this lives; empty if memory is short.
@@ -22,16 +21,9 @@ class Bitmap {
  public:
   // Sets the header's biSizeImage.
   explicit Bitmap(BITMAPINFOHEADER* header)
-      : width(static_cast<std::size_t>(std::max(header->biWidth, 0))),
-        height(static_cast<std::size_t>(std::max(header->biHeight, 0))),
-        pixelBytes(header->biBitCount / 8u),
-        stride((width * pixelBytes + 3) / 4 * 4) {
-    // A size that the header cannot hold is left out, as it may be for rows that are not compressed.
-    bool const fits = stride * height <= std::numeric_limits<std::uint32_t>::max();
-    header->biSizeImage = fits ? static_cast<std::uint32_t>(stride * height) : 0;
-    std::size_t const palette = header->biBitCount == 8 ? kPaletteEntries * sizeof(RGBQUAD) : 0;
-    rowsOffset = sizeof(*header) + palette;
-    block.reset(GlobalAlloc(GMEM_MOVEABLE, rowsOffset + stride * height));
+      : layout(header->biWidth, header->biHeight, header->biBitCount),
+        block(GlobalAlloc(GMEM_MOVEABLE, layout.BlockSize())) {
+    header->biSizeImage = layout.SizeField();
     if (block == nullptr) return;
     data = static_cast<unsigned char*>(GlobalLock(block.get()));
     std::memcpy(data, header, sizeof(*header));
@@ -42,14 +34,13 @@ class Bitmap {
 
   bool IsEmpty() const { return block == nullptr; }
   RGBQUAD* Palette() const { return reinterpret_cast<RGBQUAD*>(data + sizeof(BITMAPINFOHEADER)); }
-  unsigned char* Rows() const { return data + rowsOffset; }
-  std::size_t Stride() const { return stride; }
+  unsigned char* Rows() const { return data + layout.rowsOffset; }
+  std::size_t Stride() const { return layout.stride; }
 
   // The place of image row y, its padding cleared.
   unsigned char* StartRow(int y) const {
-    unsigned char* const row = Rows() + (height - 1 - static_cast<std::size_t>(y)) * stride;
-    std::size_t const used = width * pixelBytes;
-    std::memset(row + used, 0, stride - used);
+    unsigned char* const row = data + layout.RowOffset(y);
+    std::memset(row + layout.usedBytes, 0, layout.stride - layout.usedBytes);
     return row;
   }
 
@@ -59,11 +50,7 @@ class Bitmap {
   }
 
  private:
-  std::size_t width;
-  std::size_t height;
-  std::size_t pixelBytes;
-  std::size_t stride;
-  std::size_t rowsOffset;
+  orb::BitmapLayout layout;
   orb::DibPtr block;
   unsigned char* data = nullptr;
 };
@@ -71,7 +58,7 @@ class Bitmap {
 bool HasPixels(COrbImage const& image) { return image.GetWidth() > 0 && image.GetHeight() > 0; }
 
 void WriteGrayRamp(RGBQUAD* palette) {
-  for (std::size_t i = 0; i < kPaletteEntries; ++i) {
+  for (std::size_t i = 0; i < orb::kPaletteEntries; ++i) {
     auto const gray = static_cast<std::uint8_t>(i);
     palette[i] = RGBQUAD{gray, gray, gray, 0};
   }
@@ -80,11 +67,10 @@ void WriteGrayRamp(RGBQUAD* palette) {
 // Pixels of 24 bits from three planes, each by its own levels, or from one plane three times.
 void WritePixels(COrbImage const& image, Bitmap const& bitmap, int planes) {
   if (!HasPixels(image)) return;
-  int const green = planes == 1 ? 0 : 1;
-  int const blue = planes == 1 ? 0 : 2;
-  orb::ByteRule const rules[3] = {orb::ByteRule(orb::ByteLevelOf(image, 0)),
-                                  orb::ByteRule(orb::ByteLevelOf(image, green)),
-                                  orb::ByteRule(orb::ByteLevelOf(image, blue))};
+  auto const ruleOf = [&](int plane) { return orb::ByteRule(orb::ByteLevelOf(image, plane)); };
+  bool const mono = planes == 1;
+  orb::ByteRule const first = ruleOf(0);
+  orb::ByteRule const rules[3] = {first, mono ? first : ruleOf(1), mono ? first : ruleOf(2)};
   unsigned char bytes[3][kPiece];
   for (int y = 0; y < image.GetHeight(); ++y) {
     float const* src[3];
@@ -93,7 +79,7 @@ void WritePixels(COrbImage const& image, Bitmap const& bitmap, int planes) {
     for (std::ptrdiff_t x = 0; x < image.GetWidth(); x += kPiece) {
       std::ptrdiff_t const count = std::min(kPiece, image.GetWidth() - x);
       for (int p = 0; p < planes; ++p) rules[p].ConvertRow(src[p] + x, bytes[p], count);
-      orb::InterleaveRow(bytes[0], bytes[green], bytes[blue], row + 3 * x, count);
+      orb::InterleaveRow(bytes[0], bytes[mono ? 0 : 1], bytes[mono ? 0 : 2], row + 3 * x, count);
     }
   }
 }

@@ -116,20 +116,31 @@ orb::Extrema<double> BrightnessExtremaOf(COrbImage const& image, orb::Bounds con
   return {image.ToRaw(found.min, 0), image.ToRaw(found.max, 0)};
 }
 
-struct Moments {
-  double mean;
-  double deviation;
-};
-
 template <typename Values>
-Moments MomentsOf(Values& values) {
+double MeanOf(Values& values) {
   orb::LaneSum sum;
   for (int row = 0; row < values.Rows(); ++row) sum.AddRow(values.Row(row), values.Columns());
-  auto const n = static_cast<double>(values.Count());
-  double const mean = sum.Total() / n;
+  return sum.Total() / static_cast<double>(values.Count());
+}
+
+// Calls visit(row) for each row too, while it is at hand.
+template <typename Values, typename Visit>
+double DeviationOf(Values& values, double mean, Visit visit) {
   orb::LaneSum squares;
-  for (int row = 0; row < values.Rows(); ++row) squares.AddSquaredDeviations(values.Row(row), values.Columns(), mean);
-  return Moments{mean, std::sqrt(squares.Total() / n)};
+  for (int row = 0; row < values.Rows(); ++row) {
+    auto const* const v = values.Row(row);
+    squares.AddSquaredDeviations(v, values.Columns(), mean);
+    visit(v);
+  }
+  return std::sqrt(squares.Total() / static_cast<double>(values.Count()));
+}
+
+// Intended: one further than the tenth percentile; the last value where there is none.
+template <typename Values>
+double LowPercentileOf(Values& values) {
+  orb::RankSearch search(values, std::min(values.Count() / 10 + 1, values.Count() - 1));
+  for (int row = 0; row < values.Rows(); ++row) search.AddRow(values.Row(row));
+  return search.Find();
 }
 
 bool TakesBrightness(COrbImage const& image, int perPlane) {
@@ -181,23 +192,23 @@ void CImgAutoLevel::Get(double& low, double& high, CRect* rect) {
 
 void CImgAutoLevel::DoByMean(double lowFactor, double highFactor, int perPlane, CRect* rect) {
   EachStatistics(*this, rect, perPlane, [&](auto values, int plane) {
-    Moments const moments = MomentsOf(values);
-    SetLevel(plane, moments.mean - moments.deviation * lowFactor, moments.mean + moments.deviation * highFactor);
+    double const mean = MeanOf(values);
+    double const deviation = DeviationOf(values, mean, [](auto const*) {});
+    SetLevel(plane, mean - deviation * lowFactor, mean + deviation * highFactor);
   });
 }
 
 void CImgAutoLevel::DoByMedian(double lowFactor, double highFactor, int perPlane, CRect* rect, double fixedRange) {
-  bool const fixed = !IsColor() && fixedRange != 0.0;
   EachStatistics(*this, rect, perPlane, [&](auto values, int plane) {
-    std::int64_t const n = values.Count();
-    if (fixed) {
-      // Intended: one further than the tenth percentile.
-      double const black = orb::SelectRank(values, std::min(n / 10 + 1, n - 1));
+    if (!IsColor() && fixedRange != 0.0) {
+      double const black = LowPercentileOf(values);
       SetLevel(plane, black, black + fixedRange);
       return;
     }
-    double const deviation = MomentsOf(values).deviation;
-    double const median = orb::SelectRank(values, n / 2);
+    double const mean = MeanOf(values);
+    orb::RankSearch search(values, values.Count() / 2);
+    double const deviation = DeviationOf(values, mean, [&](auto const* row) { search.AddRow(row); });
+    double const median = search.Find();
     SetLevel(plane, median - deviation * lowFactor, median + deviation * highFactor);
   });
 }

@@ -11,7 +11,7 @@
 //
 // An image of two planes has no brightness; it is treated plane by plane.
 //
-// Statistics without a value set no levels: those of an empty rectangle, but for Do plane by plane.
+// An empty rectangle sets no levels, except by Do plane by plane: its extremes are the whole plane's, its histogram empty.
 #pragma once
 
 #include <orbimg/core/orb_image.h>
@@ -53,7 +53,7 @@ class ORBIMG_API CImgAutoLevel : public COrbImage {
   // than 0 sets black to the value at index N / 10 + 1 of all N in ascending order, the last one if there are no more,
   // and white to black + fixedRange. Values that are not numbers come last in the order.
   //
-  // Scratch memory: one sixteenth of the rectangle's values and 65536 more, 4 bytes each (8 for brightness); all of its
-  // values where these lie so unevenly that a sample of them misleads.
+  // Scratch memory: one sixteenth of the rectangle's values, a row and 65536 more, 4 bytes each (8 for brightness); all of
+  // its values where there are 131072 or fewer, or where they lie so unevenly that a sample of them misleads.
   void DoByMedian(double lowFactor, double highFactor, int perPlane, CRect* rect, double fixedRange);
 };

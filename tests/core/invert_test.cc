@@ -25,7 +25,7 @@ TEST(Invert, WorkedExample) {
 TEST(Invert, EqualsThePlainFormulaEverywhere) {
   Random random(1);
   for (int planes : {1, 3}) {
-    for (int width : {1, 2, 7, 16, 33, 40}) {
+    for (int width : {1, 2, 7, 16, 33, 40, 256, 771}) {
       for (int height : {1, 3, 30}) {
         COrbImage src = RandomImage(random, width, height, planes);
         for (RectCase& c : RectCases(width, height)) {

@@ -145,6 +145,18 @@ TEST(Histogram, EqualsThePlainCountForOddBounds) {
   }
 }
 
+TEST(Histogram, LongRowsCountLikeShortOnes) {
+  Random random(10);
+  for (int width : {1023, 1024, 1025, 2500}) {
+    COrbImage image = RandomImage(random, width, 2, 3);
+    for (int plane : {-1, 2}) {
+      std::vector<int> expected(300);
+      reference::GetHistGram(image, expected.data(), 300, -100.0, 400.0, plane, nullptr);
+      EXPECT_EQ(expected, HistogramOf(image, 300, -100.0, 400.0, plane));
+    }
+  }
+}
+
 TEST(Histogram, ManyClassesCountLikeFew) {
   Random random(4);
   COrbImage image = RandomImage(random, 40, 12, 1);
@@ -232,7 +244,7 @@ TEST(Mean, TakesEachPlaneByItself) {
 
 TEST(Mean, DiffersFromARunningSumByOneStepOfAFloatAtMost) {
   Random random(6);
-  for (int width = 2; width <= 40; ++width) {
+  for (int width : {2, 3, 7, 15, 16, 17, 33, 40, 255, 256, 257, 1000}) {
     for (int height : {2, 3, 12, 200}) {
       COrbImage image = RandomImage(random, width, height, 1);
       float const expected = reference::GetAvrGrayRaw(image, 0);

@@ -137,28 +137,29 @@ TEST(ColorQuantizer, OnlyBlackHasTheLastIndex) {
   EXPECT_EQ((std::vector<int>{255, 255, 255, 255}), dib.Row(0));
 }
 
-// Two cells of one band with different numbers of pixels, both above 32000: a tie, and the higher cell comes first.
-TEST(ColorQuantizer, CountsStopAt32000) {
+// The first two entries of an image of two neighbouring cells of one band with these numbers of pixels.
+void ExpectOrder(int lowerPixels, int higherPixels, bool higherFirst) {
   int const lower = 20 * 1024 + 20 * 32 + 20;
-  int const higher = 20 * 1024 + 20 * 32 + 21;
-  std::vector<Color> pixels(33000, ColorOfCell(lower));
-  pixels.insert(pixels.end(), 32001, ColorOfCell(higher));
-  pixels.resize(65200, ColorOfCell(lower));
-  COrbImage image = ImageOf(200, pixels);
+  int const higher = lower + 1;
+  std::vector<Color> pixels(static_cast<std::size_t>(lowerPixels), ColorOfCell(lower));
+  pixels.insert(pixels.end(), static_cast<std::size_t>(higherPixels), ColorOfCell(higher));
+  COrbImage image = ImageOf(static_cast<int>(pixels.size()), pixels);
   DibView const dib(image, 8);
-  EXPECT_EQ(EntryOfCell(higher), dib.Entry(0));
-  EXPECT_EQ(EntryOfCell(lower), dib.Entry(1));
-  ExpectPlainResult(image, "saturated");
+  EXPECT_EQ(EntryOfCell(higherFirst ? higher : lower), dib.Entry(0)) << lowerPixels << ", " << higherPixels;
+  EXPECT_EQ(EntryOfCell(higherFirst ? lower : higher), dib.Entry(1)) << lowerPixels << ", " << higherPixels;
+  ExpectPlainResult(image, "two cells");
 }
 
-TEST(ColorQuantizer, CountsBelow32000AreNotEqual) {
-  int const lower = 20 * 1024 + 20 * 32 + 20;
-  int const higher = 20 * 1024 + 20 * 32 + 21;
-  std::vector<Color> pixels(31999, ColorOfCell(lower));
-  pixels.insert(pixels.end(), 31998, ColorOfCell(higher));
-  COrbImage image = ImageOf(static_cast<int>(pixels.size()), pixels);
-  EXPECT_EQ(EntryOfCell(lower), DibView(image, 8).Entry(0));
-  EXPECT_EQ(EntryOfCell(higher), DibView(image, 8).Entry(1));
+TEST(ColorQuantizer, TheMoreFrequentCellComesFirst) {
+  ExpectOrder(31999, 31998, false);
+  ExpectOrder(31998, 31999, true);
+}
+
+// Intended: counts stop at 32000, so two cells of different size tie, and then the higher cell comes first.
+TEST(ColorQuantizer, CountsStopAt32000) {
+  ExpectOrder(33200, 32001, true);
+  ExpectOrder(32001, 32000, true);
+  ExpectOrder(32000, 31999, false);
 }
 
 // Lightness 224 is counted in the lightest band, but the next band may take it too: both edges belong to a band.

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include <gtest/gtest.h>
+#include <orbimg/display/bitmap_layout_internal.h>
 #include <orbimg/orbimg.h>
 #include <tests/reference/render_reference.h>
 #include <tests/support/dib_view.h>
@@ -217,6 +218,28 @@ TEST(Render, StepsLieAtTheSameFloatsForOddLevels) {
                       {-3e38, 3e38},        {1e38, 3.4e38},  {0.0, 1e300},       {1e39, 1e40},    {-1e300, 0.5},
                       {0.1, 0.10000001490}, {-127.5, 127.5}, {-1e-8, 254.0},     {1e10, 1e10 + 1}};
   for (auto const& level : levels) ExpectPlainBytes(level.min, level.max);
+}
+
+// A step at 0.0 has floats on both sides that are far closer than the rounding of sample minus level.
+TEST(Render, StepsAtZeroLieAtTheSameFloats) {
+  std::vector<float> samples;
+  for (double size = 1e-18; size < 1e-10; size *= 1.003) {
+    samples.push_back(static_cast<float>(size));
+    samples.push_back(static_cast<float>(-size));
+  }
+  for (double min : {-1.0, -3.0, -7.0, -10.0, -50.0, -100.0, -127.0, -200.0, -254.0}) {
+    for (double factor : {1.0, 0.1, 3.0, 100.0, 1.7}) {
+      COrbImage image = ImageOf(static_cast<int>(samples.size()), 1, 1, samples);
+      image.CImage::SetLevel(0, min * factor, (min + 255.0) * factor);
+      EXPECT_EQ(reference::GetDib(image, 8), DibView(image, 8).Bytes()) << min << " times " << factor;
+    }
+  }
+}
+
+TEST(Render, ASizeBeyond32BitsIsLeftOut) {
+  EXPECT_EQ(0xfffffff0u, BitmapLayout(16, 0x0fffffff, 8).SizeField());
+  EXPECT_EQ(0u, BitmapLayout(16, 0x10000000, 8).SizeField());
+  EXPECT_EQ(0x100000000u + 1064u, BitmapLayout(16, 0x10000000, 8).BlockSize());
 }
 
 TEST(Render, NoRowsIsHeaderAndPaletteOnly) {

@@ -1,5 +1,7 @@
 #include <tests/reference/sampler_reference.h>
 
+#include <tests/reference/pixels_reference.h>
+
 namespace orb::test::reference {
 
 namespace {
@@ -23,37 +25,6 @@ void FindPosition(COrbImage& image, int x, int y, Place const& place, double& sx
   sy = cy - (p * place.sinA + q * place.cosA) * place.scale;
 }
 
-double BilinearOf(COrbImage& image, double x, double y, int plane) {
-  int const width = image.GetWidth();
-  int const height = image.GetHeight();
-  int i;
-  int j;
-  if (x >= width - 1) {
-    x = width - 1;
-    i = width - 2;
-  } else {
-    i = static_cast<int>(x);
-  }
-  if (y >= height - 1) {
-    y = height - 1;
-    j = height - 2;
-  } else {
-    j = static_cast<int>(y);
-  }
-  if (i == x && j == y) return image.GetPixelGrayRaw(i, j, plane);
-  double const a0 = image.GetPixelGrayRaw(i, j, plane);
-  double const a1 = image.GetPixelGrayRaw(i + 1, j, plane);
-  double const b0 = image.GetPixelGrayRaw(i, j + 1, plane);
-  double const b1 = image.GetPixelGrayRaw(i + 1, j + 1, plane);
-  double const f = x - i;
-  double const g = y - j;
-  return (a1 * f + a0 * (1 - f)) * (1 - g) + (b1 * f + b0 * (1 - f)) * g;
-}
-
-double To256Of(COrbImage& image, double raw, int plane) {
-  return (raw - image.GetLevelMin(plane)) / image.GetLevelRange(plane) * 255.0;
-}
-
 bool IsInside(COrbImage& image, double sx, double sy) {
   return 0 <= sx && sx < image.GetWidth() && 0 <= sy && sy < image.GetHeight();
 }
@@ -75,7 +46,7 @@ Sampled PixelGray256f(COrbImage& image, int x, int y, Place const& place, int pl
   FindPosition(image, x, y, place, sx, sy);
   if (!IsInside(image, sx, sy)) return OutsideResult(outside, sx, sy);
   auto const value = [&](int p) {
-    return To256Of(image, nearest ? NearestSample(image, sx, sy, p) : BilinearOf(image, sx, sy, p), p);
+    return To256(image, nearest ? NearestSample(image, sx, sy, p) : Bilinear(image, sx, sy, p), p);
   };
   if (!image.IsColor()) return {{value(0), 0, 0}, false, sx, sy};
   if (plane >= 0) return {{value(plane), 0, 0}, false, sx, sy};
@@ -94,7 +65,7 @@ Sampled PixelGrayRaw(COrbImage& image, int x, int y, Place const& place, int pla
   } else if (!IsInside(image, sx, sy)) {
     return OutsideResult(outside, sx, sy);
   }
-  auto const value = [&](int p) { return nearest ? NearestSample(image, sx, sy, p) : BilinearOf(image, sx, sy, p); };
+  auto const value = [&](int p) { return nearest ? NearestSample(image, sx, sy, p) : Bilinear(image, sx, sy, p); };
   if (!image.IsColor()) return {{value(0), 0, 0}, false, sx, sy};
   if (plane >= 0) return {{value(plane), 0, 0}, false, sx, sy};
   return {{0.114 * value(2) + 0.587 * value(1) + 0.299 * value(0), 0, 0}, false, sx, sy};
@@ -103,7 +74,7 @@ Sampled PixelGrayRaw(COrbImage& image, int x, int y, Place const& place, int pla
 Sampled PixelRgb256f(COrbImage& image, int x, int y, Place const& place, double outside) {
   Sampled sampled = PixelRgbRaw(image, x, y, place, outside);
   if (sampled.outside) return sampled;
-  for (int p = 0; p < 3; ++p) sampled.value[p] = To256Of(image, sampled.value[p], image.IsColor() ? p : 0);
+  for (int p = 0; p < 3; ++p) sampled.value[p] = To256(image, sampled.value[p], image.IsColor() ? p : 0);
   return sampled;
 }
 
@@ -113,7 +84,7 @@ Sampled PixelRgbRaw(COrbImage& image, int x, int y, Place const& place, double o
   FindPosition(image, x, y, place, sx, sy);
   if (!IsInside(image, sx, sy)) return OutsideResult(outside, sx, sy);
   Sampled sampled{{0, 0, 0}, false, sx, sy};
-  for (int p = 0; p < 3; ++p) sampled.value[p] = BilinearOf(image, sx, sy, image.IsColor() ? p : 0);
+  for (int p = 0; p < 3; ++p) sampled.value[p] = Bilinear(image, sx, sy, image.IsColor() ? p : 0);
   return sampled;
 }
 

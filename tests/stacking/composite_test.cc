@@ -185,6 +185,7 @@ TEST(Composite, MultiplyHoldsItsFactorOnThe256ScaleOnly) {
   EXPECT_EQ(0.0f, scaled[1]);
   EXPECT_EQ(static_cast<float>(255.0 * (200.0 / 255.0 * 255.0 * (51 * step)) * step), scaled[2]);
   EXPECT_EQ(static_cast<float>(255.0 * (200.0 / 255.0 * 255.0) * step), scaled[3]);
+  EXPECT_FALSE(std::signbit(Combine(Mode(4, 1), {200}, {-0.0f})[0]));
   EXPECT_EQ((std::vector<float>{-1000, 60000}), Combine(Mode(4, 0), {200, 200}, {-5, 300}));
 }
 

@@ -221,6 +221,11 @@ TEST(RejectionComposite, BrightStartsAtTheBoundForRawSamplesAndAboveItOnThe256Sc
   COrbImage second = Flat(12.0f);
   second.SetPixelGrayRaw(4, 4, 100.0f, 0);  // 0.5 of 200
   EXPECT_EQ(14.0f, Joined(first, second, Reject(1)).GetPixelGrayRaw(3, 4, 0));
+  COrbImage other = Flat(10.0f);
+  other.SetPixelGrayRaw(4, 4, 100.0f, 0);
+  COrbImage plain = Flat(12.0f);
+  EXPECT_EQ(12.0f, Joined(other, plain, Reject(1)).GetPixelGrayRaw(3, 4, 0));
+  EXPECT_EQ(10.0f, Joined(other, plain, Reject(1)).GetPixelGrayRaw(2, 4, 0));
   second.SetPixelGrayRaw(4, 4, 127.5f, 0);  // 0.5 of 255
   CImgComposit at = Joined(first, second, Reject(1, 1.0, 1));
   EXPECT_NEAR(12.0f, at.GetPixelGrayRaw(3, 4, 0), 1e-5);

@@ -418,8 +418,8 @@ constexpr int kWide = 500;
 constexpr int kHigh = 300;
 static_assert(kWide * kHigh > 2 * kRankSample);
 
-void ExpectRanksOfTheFullSort(std::vector<float> const& samples) {
-  CImgAutoLevel image = MonoOf(kWide, kHigh, samples);
+void ExpectRanksOfTheFullSort(std::vector<float> const& samples, int width = kWide, int height = kHigh) {
+  CImgAutoLevel image = MonoOf(width, height, samples);
   std::vector<float> sorted(samples);
   std::sort(sorted.begin(), sorted.end());
   if (std::isfinite(sorted.front()) && std::isfinite(sorted.back())) {  // otherwise there is no deviation
@@ -436,6 +436,8 @@ TEST(AutoLevelByMedian, SelectsFromManyValuesAsTheSortDoes) {
   std::vector<float> samples(static_cast<std::size_t>(kWide) * kHigh);
   for (float& v : samples) v = noise(random);
   ExpectRanksOfTheFullSort(samples);
+  ExpectRanksOfTheFullSort(samples, kWide * kHigh / 50, 50);  // rows longer than a block
+  ExpectRanksOfTheFullSort(samples, 5, kWide * kHigh / 5);
   for (float& v : samples) v = std::floor(v / 10.0f);  // few values, each many times
   ExpectRanksOfTheFullSort(samples);
   for (float& v : samples) v = v < 100.0f ? -1.0f : 1.0f;

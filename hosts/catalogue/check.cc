@@ -1,0 +1,136 @@
+#include <hosts/catalogue/check.h>
+
+#include <cmath>
+
+#include <fmt/format.h>
+
+namespace orb::host {
+
+namespace {
+
+std::string ShapeText(COrbImage const& image) {
+  std::string const size = fmt::format("{} x {}", image.GetWidth(), image.GetHeight());
+  return image.GetPlanes() == 1 ? size : fmt::format("{} x {} planes", size, image.GetPlanes());
+}
+
+bool IsSameSize(COrbImage const& a, COrbImage const& b) {
+  return a.GetWidth() == b.GetWidth() && a.GetHeight() == b.GetHeight();
+}
+
+std::string CheckImage(std::string const& role, COrbImage const* image) {
+  if (image == nullptr) return fmt::format("the {} is missing", role);
+  if (image->GetWidth() < 1 || image->GetHeight() < 1) return fmt::format("the {} is empty", role);
+  if (image->GetPlanes() != 1 && image->GetPlanes() != 3) {
+    return fmt::format("the {} has {} planes; an image has 1 or 3", role, image->GetPlanes());
+  }
+  if (image->GetBitsPixel() != -32) return fmt::format("the {} does not hold 32-bit floats", role);
+  return "";
+}
+
+std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
+  int const of = call.image->GetPlanes();
+  int const source = call.source->GetPlanes();
+  switch (entry.sourceShape) {
+    case SourceShape::kColourToMono:
+      return of == 3 && source == 3 ? "" : "the image has one plane already";
+    case SourceShape::kAnyToColour:
+      return of == 1 ? "" : "the image has three planes already";
+    case SourceShape::kSame:
+      return of == source ? "" : fmt::format("the {} has {} planes, the image {}", entry.sourceName, source, of);
+    default:
+      return "";
+  }
+}
+
+std::string CheckSource(OperatorEntry const& entry, Invocation const& call) {
+  std::string const wrong = CheckImage(entry.sourceName, call.source);
+  if (!wrong.empty()) return wrong;
+  if (call.source == call.image && !entry.mayRunInPlace) {
+    return fmt::format("the {} must be another image than the result", entry.sourceName);
+  }
+  if (!IsSameSize(*call.source, *call.image)) {
+    return fmt::format("the {} is {}, the image {}; both must have the same size", entry.sourceName,
+                       ShapeText(*call.source), ShapeText(*call.image));
+  }
+  return CheckPlanes(entry, call);
+}
+
+std::string CheckSecond(Invocation const& call) {
+  std::string const wrong = CheckImage("second image", call.second);
+  if (!wrong.empty()) return wrong;
+  return call.second == call.image ? "the second image must be another one than the result" : "";
+}
+
+std::string CheckLevelsOf(std::string const& role, COrbImage const& image) {
+  for (int p = 0; p < image.GetPlanes(); ++p) {
+    double const range = image.GetLevelRange(p);
+    if (std::isfinite(range) && range != 0.0) continue;
+    return fmt::format("the levels of the {}, plane {}, are {} and {}; set them apart first", role, p + 1,
+                       image.GetLevelMin(p), image.GetLevelMax(p));
+  }
+  return "";
+}
+
+std::string CheckLevels(OperatorEntry const& entry, Invocation const& call) {
+  int const flag = entry.Find("levels");
+  bool const isAsked = flag >= 0 && call.values[static_cast<std::size_t>(flag)] != 0.0;
+  if (entry.levelUse == LevelUse::kNone || (entry.levelUse == LevelUse::kIfAsked && !isAsked)) return "";
+  std::string wrong = CheckLevelsOf(entry.sourceName, *call.source);
+  if (wrong.empty()) wrong = CheckLevelsOf("image", *call.image);
+  if (wrong.empty() && call.second != nullptr) wrong = CheckLevelsOf("second image", *call.second);
+  return wrong;
+}
+
+std::string CheckRectangle(OperatorEntry const& entry, Invocation const& call) {
+  if (call.rect == nullptr) return "";
+  if (!entry.takesRectangle) return "takes no rectangle: it works on the whole image";
+  CRect const& r = *call.rect;
+  if (r.IsRectEmpty()) {
+    return fmt::format("the rectangle {},{} to {},{} is empty; right and bottom lie one past the last pixel", r.left,
+                       r.top, r.right, r.bottom);
+  }
+  Bounds const bounds = ClampRect(&r, call.image->GetWidth(), call.image->GetHeight());
+  if (!bounds.IsEmpty()) return "";
+  return fmt::format("the rectangle {},{} to {},{} lies outside the image of {}", r.left, r.top, r.right, r.bottom,
+                     ShapeText(*call.image));
+}
+
+std::string CheckValues(OperatorEntry const& entry, Invocation const& call) {
+  if (call.values.size() != entry.parameters.size()) {
+    return fmt::format("{} values for {} parameters", call.values.size(), entry.parameters.size());
+  }
+  for (std::size_t i = 0; i < call.values.size(); ++i) {
+    std::string const wrong = CheckValue(entry.parameters[i], call.values[i]);
+    if (!wrong.empty()) return wrong;
+  }
+  return "";
+}
+
+std::string FindWrong(OperatorEntry const& entry, Invocation const& call) {
+  std::string wrong = CheckImage("image", call.image);
+  if (wrong.empty()) wrong = CheckValues(entry, call);
+  if (wrong.empty() && entry.sourceShape != SourceShape::kNone) wrong = CheckSource(entry, call);
+  if (wrong.empty() && entry.needsSecond) wrong = CheckSecond(call);
+  if (wrong.empty()) wrong = CheckRectangle(entry, call);
+  if (wrong.empty()) wrong = CheckLevels(entry, call);
+  if (wrong.empty() && entry.check != nullptr) wrong = entry.check(call);
+  return wrong;
+}
+
+}  // namespace
+
+std::string CheckValue(Parameter const& parameter, double value) {
+  bool const isWhole = parameter.kind == Parameter::Kind::kReal || value == std::floor(value);
+  if (value >= parameter.least && value <= parameter.most && isWhole) return "";
+  std::string const unit = parameter.unit.empty() ? "" : " " + parameter.unit;
+  return fmt::format("{} is {}; it must be a {} from {} to {}{}", parameter.name, value,
+                     parameter.kind == Parameter::Kind::kReal ? "number" : "whole number", parameter.least,
+                     parameter.most, unit);
+}
+
+std::string CheckInvocation(OperatorEntry const& entry, Invocation const& call) {
+  std::string const wrong = FindWrong(entry, call);
+  return wrong.empty() ? "" : entry.name + ": " + wrong;
+}
+
+}  // namespace orb::host

@@ -1,0 +1,114 @@
+// What a host knows of an operator: its parameters, what it reads and changes, how it reports, and how to run it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <orbimg/orbimg.h>
+
+namespace orb::host {
+
+struct Parameter {
+  enum class Kind { kReal, kInteger, kFlag, kChoice };
+
+  std::string name;  // as on a command line: "fixed-range"
+  Kind kind;
+  std::string unit;  // "pixels", "degrees" ...; empty for a pure number
+  double least;      // both bounds are allowed
+  double most;
+  double byDefault;
+  std::string help;
+  std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
+};
+
+// One call: the images and the values. Nothing is owned.
+struct Invocation {
+  COrbImage* image = nullptr;   // the destination, of its final shape; for most operators a copy of the source
+  COrbImage* source = nullptr;  // the image itself for a run in place
+  COrbImage* second = nullptr;
+  std::vector<double> values;  // one a parameter, in their order
+  CRect* rect = nullptr;       // null: the whole image
+  int progress = 0;
+};
+
+// What the source must be like, seen from the image.
+enum class SourceShape {
+  kNone,          // there is no source: the operator works on the image itself
+  kSame,          // the same size and planes
+  kFrame,         // the same size, one plane or three: a calibration frame
+  kColourToMono,  // the same size; source and image have three planes, and the image is left with one
+  kAnyToColour,   // the same size; the image has one plane and is left with three
+};
+
+// What is counted for progress. "Rows" are those of the rectangle, limited to the image.
+enum class Units {
+  kNone,
+  kRows,
+  kRowsTimesPlanes,
+  kImageRows,
+  kImageRowsTimesPlanes,
+};
+
+// Whether a run in bands gives the bits of one run.
+enum class Bands {
+  kNone,
+  kRectangle,  // by a rectangle for each band
+  kStrips,     // the operator takes no rectangle, but every row of every plane may be an image of its own
+};
+
+// When progress is reported.
+enum class Reports {
+  kNever,
+  kOnRequest,
+  kAlwaysForBrightness,  // always where a colour image is taken as its brightness, whatever was asked for; else never
+};
+
+// Whether a level pair without a range spoils the result.
+enum class LevelUse {
+  kNone,
+  kAlways,
+  kIfAsked,  // where the flag "levels" is set
+};
+
+struct Changes {
+  bool samples = false;
+  bool levels = false;
+  bool planes = false;
+};
+
+struct OperatorEntry {
+  std::string name;   // as on a command line: "invert"
+  std::string title;  // one line
+  std::vector<Parameter> parameters;
+
+  SourceShape sourceShape = SourceShape::kSame;
+  std::string sourceName = "source";  // what messages call it: "source", "dark", "flat"
+  bool needsSecond = false;           // a second image, of any size
+  bool takesRectangle = true;
+  bool mayRunInPlace = false;  // the source may be the image itself
+  LevelUse levelUse = LevelUse::kNone;
+  Changes changes;
+
+  int message = 0;  // number of the progress text; 0: none
+  Reports reports = Reports::kOnRequest;
+  Units units = Units::kNone;  // what the run announces
+  Units ticks = Units::kNone;  // what it counts; more than it announces for one operator
+
+  Bands bands = Bands::kNone;
+  int marginRows = 0;  // rows above and below its own that a row of the result needs of the source
+
+  // What the ranges of single values cannot say; an empty text, or one line.
+  std::string (*check)(Invocation const&) = nullptr;
+  // 1, or 0 for lack of memory. Only for calls that pass CheckInvocation.
+  int (*run)(Invocation const&) = nullptr;
+
+  std::vector<double> Defaults() const;
+  // Place of a parameter; -1 if there is none of that name.
+  int Find(std::string const& parameter) const;
+  // Whether this call reports progress, and how much.
+  bool DoesReport(Invocation const& call) const;
+  int UnitsOf(Invocation const& call) const;
+  int TicksOf(Invocation const& call) const;
+};
+
+}  // namespace orb::host

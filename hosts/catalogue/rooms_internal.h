@@ -1,0 +1,39 @@
+// The rooms of the library, each with its operators, and what their entries share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <hosts/catalogue/operator_entry.h>
+
+namespace orb::host {
+
+std::vector<OperatorEntry> CoreOperators();
+std::vector<OperatorEntry> ToneOperators();
+std::vector<OperatorEntry> StackingOperators();
+
+// The image of a call as an operator object while this lives.
+template <typename Operator>
+class AsOperator {
+ public:
+  explicit AsOperator(Invocation const& call) : image(call.image), source(call.source) { object.Swap(image); }
+  AsOperator(AsOperator const&) = delete;
+  AsOperator& operator=(AsOperator const&) = delete;
+  ~AsOperator() { object.Swap(image); }
+
+  Operator* operator->() { return &object; }
+  // The source of the call; in place it has moved along with the image.
+  COrbImage* Source() { return source == image ? &object : source; }
+
+ private:
+  COrbImage* image;
+  COrbImage* source;
+  Operator object;
+};
+
+Parameter Real(std::string name, std::string unit, double least, double most, double byDefault, std::string help);
+Parameter Integer(std::string name, std::string unit, int least, int most, int byDefault, std::string help);
+Parameter Flag(std::string name, std::string help);
+Parameter Choice(std::string name, std::vector<std::string> choices, std::string help);
+
+}  // namespace orb::host

@@ -1,0 +1,128 @@
+// Calls of every operator of the catalogue, on random images.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <hosts/catalogue/catalogue.h>
+#include <hosts/catalogue/check.h>
+#include <tests/support/test_images.h>
+
+namespace orb::test {
+
+// One way to call an operator: the planes of its images, and the values of its parameters.
+struct Way {
+  host::OperatorEntry const* entry;
+  int planes;
+  int sourcePlanes;
+  int secondPlanes;
+  std::vector<double> values;
+  std::string name;
+};
+
+inline std::ostream& operator<<(std::ostream& out, Way const& way) { return out << way.name; }
+
+// The images of a call and the call itself.
+class Trial {
+ public:
+  Trial(Way const& way, Random& random, int width, int height)
+      : entry(*way.entry),
+        image(RandomImage(random, width, height, way.planes)),
+        source(RandomImage(random, width, height, way.sourcePlanes)),
+        second(RandomImage(random, width + 3, std::max(height - 1, 1), way.secondPlanes)) {
+    for (COrbImage* each : {&image, &source, &second}) {
+      each->SetStdPt(0, CfPoint(1.5, 0.25));
+      each->SetStdPt(1, CfPoint(width - 0.75, height - 0.5));
+      each->SetStdCtr(width / 2.0, height / 2.0);
+    }
+    call.image = &image;
+    if (entry.sourceShape != host::SourceShape::kNone) call.source = &source;
+    if (entry.needsSecond) call.second = &second;
+    call.values = way.values;
+  }
+  Trial(Trial const&) = delete;
+  Trial& operator=(Trial const&) = delete;
+
+  bool IsSound() const { return host::CheckInvocation(entry, call).empty(); }
+  void Run() { EXPECT_EQ(1, entry.run(call)); }
+
+  host::OperatorEntry const& entry;
+  COrbImage image;
+  COrbImage source;
+  COrbImage second;
+  host::Invocation call;
+};
+
+// Defaults, every choice, every flag, and values off the defaults.
+inline std::vector<std::vector<double>> ValueSets(host::OperatorEntry const& entry) {
+  using Kind = host::Parameter::Kind;
+  std::vector<std::vector<double>> sets{entry.Defaults()};
+  std::vector<double> moved = entry.Defaults();
+  for (std::size_t i = 0; i < moved.size(); ++i) {
+    host::Parameter const& parameter = entry.parameters[i];
+    if (parameter.kind == Kind::kReal && parameter.unit == "pixels") moved[i] = i % 2 == 0 ? 1.25 : -2.0;
+    if (parameter.kind == Kind::kReal && parameter.unit == "degrees") moved[i] = 3.5;
+    if (parameter.kind == Kind::kInteger) moved[i] = parameter.most;
+  }
+  if (moved != sets[0]) sets.push_back(moved);
+  for (std::size_t i = 0; i < moved.size(); ++i) {
+    host::Parameter const& parameter = entry.parameters[i];
+    if (parameter.kind != Kind::kChoice && parameter.kind != Kind::kFlag) continue;
+    for (double v = 1.0; v <= parameter.most; ++v) {
+      sets.push_back(moved);
+      sets.back()[i] = v;
+    }
+  }
+  return sets;
+}
+
+inline std::string NameOf(host::OperatorEntry const& entry, Way const& way) {
+  std::string name = entry.name + "_" + std::to_string(way.planes) + std::to_string(way.sourcePlanes) +
+                     std::to_string(way.secondPlanes);
+  for (std::size_t i = 0; i < way.values.size(); ++i) {
+    std::string const value = std::to_string(way.values[i]);
+    name += "_" + entry.parameters[i].name + "_" + value.substr(0, value.find('.') + 3);
+  }
+  for (char& c : name) {
+    if (c == '.') c = 'p';
+    if (c == '-') c = 'm';
+  }
+  return name;
+}
+
+inline std::vector<Way> AllWays() {
+  using host::SourceShape;
+  std::vector<Way> ways;
+  for (host::OperatorEntry const& entry : host::Catalogue()) {
+    for (int planes : {1, 3}) {
+      for (int sourcePlanes : {1, 3}) {
+        for (int secondPlanes : {1, 3}) {
+          SourceShape const shape = entry.sourceShape;
+          bool const mayDiffer = shape == SourceShape::kFrame || shape == SourceShape::kAnyToColour;
+          if (!mayDiffer && sourcePlanes != planes) continue;
+          if (!entry.needsSecond && secondPlanes != 1) continue;
+          if (shape == SourceShape::kColourToMono && planes != 3) continue;
+          if (shape == SourceShape::kAnyToColour && planes != 1) continue;
+          for (auto const& values : ValueSets(entry)) {
+            Way way{&entry, planes, sourcePlanes, secondPlanes, values, ""};
+            way.name = NameOf(entry, way);
+            ways.push_back(way);
+          }
+        }
+      }
+    }
+  }
+  return ways;
+}
+
+inline std::vector<Way> WaysOf(bool (*isWanted)(Way const&)) {
+  std::vector<Way> ways = AllWays();
+  std::erase_if(ways, [&](Way const& way) { return !isWanted(way); });
+  return ways;
+}
+
+inline std::string NameOfWay(testing::TestParamInfo<Way> const& info) { return info.param.name; }
+
+}  // namespace orb::test

@@ -1,0 +1,254 @@
+// The calling contract, on every operator of the catalogue.
+#include <algorithm>
+
+#include <tests/catalogue/trial.h>
+#include <tests/support/hostile_store.h>
+#include <tests/support/orb_test_access.h>
+#include <tests/support/recording_window.h>
+
+namespace orb::test {
+namespace {
+
+using host::Invocation;
+using host::OperatorEntry;
+
+class Contract : public testing::TestWithParam<Way> {
+ protected:
+  OperatorEntry const& Entry() const { return *GetParam().entry; }
+
+  Random random{17};
+};
+
+// Operators with a rectangle; those that also write samples; those that may run in place.
+class RectangleContract : public Contract {};
+class WritingContract : public Contract {};
+class InPlaceContract : public Contract {};
+
+// The positions that a run of `units` units sends in `ticks` ticks.
+std::vector<int> PositionsOf(int units, int ticks) {
+  std::vector<int> positions;
+  int const step = std::max(units / 50, 1);
+  int next = 0;
+  for (int count = 1; count <= ticks; ++count) {
+    if (count <= next) continue;
+    positions.push_back(static_cast<int>(static_cast<double>(count) / units * 100.0));
+    next += step;
+  }
+  return positions;
+}
+
+bool IsInside(CRect const* rect, int x, int y, COrbImage const& image) {
+  Bounds const bounds = ClampRect(rect, image.GetWidth(), image.GetHeight());
+  return x >= bounds.left && x < bounds.right && y >= bounds.top && y < bounds.bottom;
+}
+
+testing::AssertionResult SamePoints(COrbImage& expected, COrbImage& actual) {
+  auto const isSame = [](CfPoint a, CfPoint b) { return a.x == b.x && a.y == b.y && a.fx == b.fx && a.fy == b.fy; };
+  for (int n = 0; n < 2; ++n) {
+    if (!isSame(expected.GetStdPt(n), actual.GetStdPt(n))) return testing::AssertionFailure() << "point " << n;
+  }
+  if (!isSame(expected.GetStdCtr(), actual.GetStdCtr())) return testing::AssertionFailure() << "centre";
+  return testing::AssertionSuccess();
+}
+
+TEST_P(WritingContract, JunkOutsideTheRectangleStays) {
+  for (RectCase& c : RectCases(40, 31)) {
+    Trial trial(GetParam(), random, 40, 31);
+    FillJunk(trial.image);
+    COrbImage const before(trial.image);
+    trial.call.rect = c.Pointer();
+    trial.Run();
+    auto const old = SamplesOf(before);
+    auto const now = SamplesOf(trial.image);
+    for (std::size_t i = 0; i < old.size(); ++i) {
+      int const x = static_cast<int>(i % 40);
+      int const y = static_cast<int>(i / 40 % 31);
+      if (IsInside(c.Pointer(), x, y, trial.image)) continue;
+      ASSERT_EQ(old[i], now[i]) << c.name << " at " << x << ',' << y;
+    }
+  }
+}
+
+TEST_P(WritingContract, WritesTheWholeRectangle) {
+  Trial trial(GetParam(), random, 40, 31);
+  FillJunk(trial.image);
+  COrbImage const before(trial.image);
+  CRect rect(3, 4, 38, 30);
+  trial.call.rect = &rect;
+  trial.Run();
+  auto const old = SamplesOf(before);
+  auto const now = SamplesOf(trial.image);
+  for (std::size_t i = 0; i < old.size(); ++i) {
+    if (IsInside(&rect, static_cast<int>(i % 40), static_cast<int>(i / 40 % 31), trial.image)) {
+      ASSERT_NE(old[i], now[i]) << i;
+    }
+  }
+}
+
+TEST_P(RectangleContract, EmptyAndReversedRectanglesStartAndEndTheirRun) {
+  for (CRect rect : {CRect(5, 5, 5, 5), CRect(9, 9, 2, 2), CRect(100, 100, 200, 200), CRect(-9, -9, -1, -1)}) {
+    Trial trial(GetParam(), random, 20, 15);
+    RecordingWindow window;
+    trial.image.SetProgressHandle(&window);
+    trial.call.rect = &rect;
+    trial.call.progress = 1;
+    COrbImage const before(trial.image);
+    trial.Run();
+    EXPECT_TRUE(SameBits(before, trial.image));
+    std::size_t const runs = Entry().DoesReport(trial.call) ? 1 : 0;
+    EXPECT_EQ(runs, window.starts.size());
+    EXPECT_EQ(std::vector<std::string>(runs, "(null)"), window.ends);
+  }
+}
+
+TEST_P(RectangleContract, NullIsTheWholeImage) {
+  Random other(random);
+  Trial whole(GetParam(), random, 33, 12);
+  Trial full(GetParam(), other, 33, 12);
+  CRect rect(0, 0, 33, 12);
+  full.call.rect = &rect;
+  whole.Run();
+  full.Run();
+  EXPECT_TRUE(SameBits(whole.image, full.image));
+  EXPECT_TRUE(SameLevels(whole.image, full.image));
+}
+
+TEST_P(Contract, UnitsAndTicksAreAsListed) {
+  for (int height : {7, 130}) {
+    Trial trial(GetParam(), random, 9, height);
+    CRect rect(1, 2, 8, height - 1);
+    if (Entry().takesRectangle) trial.call.rect = &rect;
+    RecordingWindow window;
+    trial.image.SetProgressHandle(&window);
+    trial.call.progress = 1;
+    int const units = Entry().UnitsOf(trial.call);
+    int const ticks = Entry().TicksOf(trial.call);
+    bool const doesReport = Entry().DoesReport(trial.call);
+    trial.Run();
+    if (!doesReport) {
+      EXPECT_TRUE(window.IsSilent());
+      continue;
+    }
+    EXPECT_EQ(std::vector<std::string>{LoadString(Entry().message)}, window.starts);
+    EXPECT_EQ(std::vector<std::string>{"(null)"}, window.ends);
+    EXPECT_EQ(ticks, window.polls);
+    EXPECT_EQ(PositionsOf(units, ticks), window.positions);
+    EXPECT_TRUE(window.texts.empty());
+    EXPECT_TRUE(window.boxes.empty());
+  }
+}
+
+TEST_P(Contract, SilentWithoutProgress) {
+  Trial trial(GetParam(), random, 9, 7);
+  RecordingWindow window;
+  trial.image.SetProgressHandle(&window);
+  trial.source.SetProgressHandle(&window);
+  trial.second.SetProgressHandle(&window);
+  bool const doesReport = Entry().DoesReport(trial.call);
+  trial.Run();
+  EXPECT_EQ(!doesReport, window.IsSilent());
+}
+
+TEST_P(Contract, EscapeIsWithoutEffect) {
+  Random other(random);
+  Trial quiet(GetParam(), random, 21, 14);
+  Trial pressed(GetParam(), other, 21, 14);
+  RecordingWindow window;
+  window.escapeAtPoll = 2;
+  pressed.image.SetProgressHandle(&window);
+  pressed.call.progress = 1;
+  quiet.Run();
+  pressed.Run();
+  EXPECT_TRUE(SameBits(quiet.image, pressed.image));
+  EXPECT_TRUE(SameLevels(quiet.image, pressed.image));
+}
+
+TEST_P(Contract, SourcesStayAsTheyAre) {
+  Trial trial(GetParam(), random, 21, 14);
+  COrbImage source(trial.source);
+  COrbImage second(trial.second);
+  trial.Run();
+  EXPECT_TRUE(SameBits(source, trial.source));
+  EXPECT_TRUE(SameLevels(source, trial.source));
+  EXPECT_TRUE(SamePoints(source, trial.source));
+  EXPECT_TRUE(SameBits(second, trial.second));
+  EXPECT_TRUE(SameLevels(second, trial.second));
+  EXPECT_TRUE(SamePoints(second, trial.second));
+}
+
+TEST_P(Contract, ChangesOnlyWhatIsListed) {
+  Trial trial(GetParam(), random, 21, 14);
+  COrbImage before(trial.image);
+  trial.Run();
+  EXPECT_TRUE(SamePoints(before, trial.image));
+  EXPECT_EQ(Entry().changes.planes, before.GetPlanes() != trial.image.GetPlanes());
+  if (!Entry().changes.planes) {
+    EXPECT_EQ(!Entry().changes.levels, static_cast<bool>(SameLevels(before, trial.image)));
+    EXPECT_EQ(!Entry().changes.samples, static_cast<bool>(SameBits(before, trial.image)));
+  } else {
+    EXPECT_EQ(before.GetLevelMin(0), trial.image.GetLevelMin(0));
+    EXPECT_EQ(before.GetLevelMax(0), trial.image.GetLevelMax(0));
+  }
+}
+
+TEST_P(InPlaceContract, InPlaceEqualsCopy) {
+  for (int width : {1, 2, 17, 40}) {
+    Random other(random);
+    Trial copy(GetParam(), random, width, 9);
+    Trial inPlace(GetParam(), other, width, 9);
+    copy.source.CopyImage(copy.image, nullptr, nullptr);
+    inPlace.call.source = &inPlace.image;
+    if (!copy.IsSound()) continue;
+    ASSERT_TRUE(inPlace.IsSound());
+    copy.Run();
+    inPlace.Run();
+    EXPECT_TRUE(SameBits(copy.image, inPlace.image)) << width;
+  }
+}
+
+TEST_P(Contract, HoldsOnAHostileStore) {
+  Random other(random);
+  Trial kind(GetParam(), random, 26, 11);
+  Trial hostile(GetParam(), other, 26, 11);
+  for (COrbImage* each : {&hostile.image, &hostile.source, &hostile.second}) MakeHostile(*each);
+  kind.Run();
+  hostile.Run();
+  EXPECT_TRUE(SameBits(kind.image, hostile.image));
+  EXPECT_TRUE(SameLevels(kind.image, hostile.image));
+  for (COrbImage* each : {&hostile.image, &hostile.source, &hostile.second}) EXPECT_EQ(0, LocksLeft(*each));
+}
+
+TEST_P(Contract, ToleratesEverySizeAndEverySample) {
+  float const special[] = {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
+                           -std::numeric_limits<float>::infinity(), -0.0f, std::numeric_limits<float>::max()};
+  for (int width : {1, 2, 3, 8}) {
+    for (int height : {1, 2, 5}) {
+      Trial trial(GetParam(), random, width, height);
+      if (!trial.IsSound()) continue;
+      int n = 0;
+      for (COrbImage* each : {&trial.image, &trial.source, &trial.second}) {
+        for (int p = 0; p < each->GetPlanes(); ++p) each->SetPixelGrayRaw(width / 2, 0, special[n++ % 5], p);
+      }
+      for (RectCase& c : RectCases(width, height)) {
+        if (Entry().takesRectangle) trial.call.rect = c.Pointer();
+        if (trial.image.GetPlanes() == GetParam().planes) trial.Run();
+      }
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryOperator, Contract, testing::ValuesIn(AllWays()), NameOfWay);
+INSTANTIATE_TEST_SUITE_P(EveryOperator, RectangleContract,
+                         testing::ValuesIn(WaysOf([](Way const& way) { return way.entry->takesRectangle; })),
+                         NameOfWay);
+INSTANTIATE_TEST_SUITE_P(EveryOperator, WritingContract, testing::ValuesIn(WaysOf([](Way const& way) {
+                           return way.entry->takesRectangle && way.entry->changes.samples;
+                         })),
+                         NameOfWay);
+INSTANTIATE_TEST_SUITE_P(EveryOperator, InPlaceContract, testing::ValuesIn(WaysOf([](Way const& way) {
+                           return way.entry->mayRunInPlace && way.planes == way.sourcePlanes;
+                         })),
+                         NameOfWay);
+
+}  // namespace
+}  // namespace orb::test
