@@ -1,16 +1,14 @@
 // Finds the stars of a frame, calibrated or raw.
 //
-// 1. The sky is taken away: a mesh of clipped medians. A colour image counts with the mean of its planes.
-// 2. Spikes go: a sample that stands up without the neighbours that any lens gives a star (hot pixels, hot columns,
-// single
-//    hits of cosmic rays) becomes the median of its neighbours. A star must be about 1.5 pixels wide to pass.
-// 3. On a copy smoothed by binomial weights of 5 x 5 every local maximum above `threshold` times the local noise
-// counts.
-//    Ridges do not (satellite trails, plateaus): maxima with as much light on two opposite sides.
-// 4. COrbImage::GetCenterOfGravity refines the position in a square around the maximum, which follows the star.
-// 5. Flux is the sum above the sky within a circle, peak the largest sample above the sky near the middle.
+// 1. The sky is taken away and spikes are mended, as clean_frame.h says. A colour image counts with the mean of its
+//    planes. A star must be about 1.5 pixels wide to pass.
+// 2. On a copy smoothed by binomial weights every local maximum above `threshold` times the local noise counts. Ridges
+// do
+//    not (satellite trails, plateaus): maxima with half as much light on two opposite sides.
+// 3. COrbImage::GetCenterOfGravity refines the position on the smoothed copy, in a square that follows the star.
+// 4. On the copy that is not smoothed, flux is the sum within a circle, peak the largest sample near the middle.
 //
-// Scratch memory: two float planes.
+// Scratch memory: three float planes.
 #pragma once
 
 #include <optional>

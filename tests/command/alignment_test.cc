@@ -85,7 +85,8 @@ TEST(Alignment, TwoStarsGiveTheFitOfTheLibrary) {
   EXPECT_EQ(frame.GetStdPt(0).fy, found.cy);
   EXPECT_NEAR(3.47, found.angle, 0.15);
   EXPECT_NE(3.47, found.angle);
-  double const apart = std::hypot(frame.GetStdPt(0).fx - frame.GetStdPt(1).fx, frame.GetStdPt(0).fy - frame.GetStdPt(1).fy);
+  double const apart =
+      std::hypot(frame.GetStdPt(0).fx - frame.GetStdPt(1).fx, frame.GetStdPt(0).fy - frame.GetStdPt(1).fy);
   EXPECT_GT(apart, 700.0);
 }
 
