@@ -19,7 +19,7 @@ void CompareAverage(orb::bench::Runner& runner, char const* name, double limit, 
   COrbImage second = SkyImage(4096, 4096, 1, 2);
   second.SetStdCtr(2048, 2048);
   CImgComposit dst;
-  dst.Create(first, nullptr, nullptr);
+  dst.CopyImage(first, nullptr, nullptr);
   cv::Mat const a = MatOver(first, 0);
   cv::Mat const b = MatOver(second, 0);
   cv::Mat warped(a.size(), CV_32F);

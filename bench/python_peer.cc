@@ -47,8 +47,7 @@ void Python::SetArray(std::string const& name, void* data, std::size_t bytes, st
     bytes *= static_cast<std::size_t>(extent);
     extents += std::to_string(extent) + ",";
   }
-  PyObject* const view =
-      PyMemoryView_FromMemory(static_cast<char*>(data), static_cast<Py_ssize_t>(bytes), PyBUF_WRITE);
+  PyObject* const view = PyMemoryView_FromMemory(static_cast<char*>(data), static_cast<Py_ssize_t>(bytes), PyBUF_WRITE);
   PyDict_SetItemString(MainDictionary(), name.c_str(), view);
   Py_DECREF(view);
   Run(name + " = numpy.frombuffer(" + name + ", dtype=numpy." + type + ").reshape((" + extents + "))");

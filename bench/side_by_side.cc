@@ -82,7 +82,8 @@ void Runner::Compare(std::string const& work, double limit, std::string const& p
 int main(int argc, char** argv) {
   cv::setNumThreads(1);
   setenv("OMP_NUM_THREADS", "1", 1);
-  std::printf("| work | peer | ours ms | theirs ms | ratio | limit | kept | peak MiB |\n|---|---|---|---|---|---|---|---|\n");
+  std::printf(
+      "| work | peer | ours ms | theirs ms | ratio | limit | kept | peak MiB |\n|---|---|---|---|---|---|---|---|\n");
   orb::bench::Runner runner;
   for (auto const& registered : orb::bench::Groups()) {
     bool wanted = argc < 2;

@@ -20,10 +20,10 @@ namespace orb::bench {
 struct Result {
   std::string work;
   std::string peer;
-  double limit;         // of ours / theirs
-  double oursSeconds;   // median
+  double limit;        // of ours / theirs
+  double oursSeconds;  // median
   double theirsSeconds;
-  double oursPeakMiB;   // memory that one run adds over what the process holds before it
+  double oursPeakMiB;  // memory that one run adds over what the process holds before it
 
   double Ratio() const { return oursSeconds / theirsSeconds; }
 };
@@ -62,7 +62,7 @@ class Python {
 
 }  // namespace orb::bench
 
-#define ORB_COMPARISONS(name)                                                                          \
-  static void Compare_##name(orb::bench::Runner& runner);                                              \
+#define ORB_COMPARISONS(name)                                                                               \
+  static void Compare_##name(orb::bench::Runner& runner);                                                   \
   [[maybe_unused]] static bool const registered_##name = orb::bench::RegisterGroup(#name, &Compare_##name); \
   static void Compare_##name(orb::bench::Runner& runner)

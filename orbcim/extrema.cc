@@ -1,4 +1,4 @@
-#include <orbcim/extrema_internal.h>
+#include <orbimg/core/extrema_internal.h>
 #include <orbimg/core/row_kernel.h>
 
 namespace orb {

@@ -26,7 +26,7 @@ class LockTable {
  private:
   std::atomic<int> count{0};
   std::atomic<std::uintptr_t> lastToken{0};
-  std::mutex mutex;          // debug builds only, as are the tokens
+  std::mutex mutex;  // debug builds only, as are the tokens
   std::vector<void*> held;
 };
 

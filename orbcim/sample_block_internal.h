@@ -16,8 +16,8 @@ class SampleBlock {
   virtual void OnLastUnlock() {}
 };
 
-// Every block of our own is zero at first, 64-byte aligned, and has a readable pad of zeros behind the last sample. Lack
-// of memory or of disk is std::bad_alloc.
+// Every block of our own is zero at first, 64-byte aligned, and has a readable pad of zeros behind the last sample.
+// Lack of memory or of disk is std::bad_alloc.
 std::unique_ptr<SampleBlock> MakeMemoryBlock(std::size_t bytes);
 std::unique_ptr<SampleBlock> MakeScratchFileBlock(std::size_t bytes, char const* folder);
 std::unique_ptr<SampleBlock> MakeCallersBlock(unsigned char* samples);

@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <utility>
 
-#include <orbcim/extrema_internal.h>
+#include <orbimg/core/extrema_internal.h>
 #include <orbimg/core/image.h>
 
 namespace {

@@ -10,6 +10,7 @@
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/matching.h>
+#include <orbimg/stacking/median_composite.h>
 #include <orbimg/tone/auto_level.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>

@@ -16,7 +16,7 @@ inline constexpr bool kDebugBuild = true;
 
 }  // namespace orb
 
-#define ORB_ASSERT(condition)                                                     \
-  do {                                                                            \
+#define ORB_ASSERT(condition)                                                                     \
+  do {                                                                                            \
     if (::orb::kDebugBuild && !(condition)) ::orb::FailAssertion(__FILE__, __LINE__, #condition); \
   } while (false)

@@ -1,7 +1,8 @@
 // Blocks of memory behind a handle, the way bitmaps travel between the library and its host.
 //
-// GlobalAlloc gives a null handle when memory is short. A block's address does not change while it lives; GlobalLock and
-// GlobalUnlock only count. Whoever receives a handle owns the block and calls GlobalFree, or holds it in an orb::DibPtr.
+// GlobalAlloc gives a null handle when memory is short. A block's address does not change while it lives; GlobalLock
+// and GlobalUnlock only count. Whoever receives a handle owns the block and calls GlobalFree, or holds it in an
+// orb::DibPtr.
 #pragma once
 
 #include <cstddef>

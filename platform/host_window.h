@@ -1,7 +1,8 @@
-// The one small interface towards a host: it shows the progress of a run, tells whether ESC was pressed, shows messages.
+// The one small interface towards a host: it shows the progress of a run, tells whether ESC was pressed, shows
+// messages.
 //
-// A run sends OnStart once, then any number of OnPosition and OnText, then OnEnd. All calls come on the thread that runs
-// the operator. Texts are UTF-8 and may be gone when the call returns: copy them.
+// A run sends OnStart once, then any number of OnPosition and OnText, then OnEnd. All calls come on the thread that
+// runs the operator. Texts are UTF-8 and may be gone when the call returns: copy them.
 #pragma once
 
 #include <platform/export.h>

@@ -4,8 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include <platform/bitmap_info.h>
-#include <platform/global_memory.h>
+#include <orbimg/orbimg.h>
 
 namespace orb::host {
 

@@ -25,7 +25,8 @@ struct Shape {
 };
 
 // A file opened once. Every failure is a HostError that names the file; a file that ends too early is found on opening.
-// One object may be read from several threads: they take turns at the file, and convert samples side by side.
+// One object may be read from several threads: they take turns at the file, and convert samples side by side. A .gz
+// file is held in memory, unpacked, while it is open; others are read as rows are asked for.
 class FitsReader {
  public:
   explicit FitsReader(std::string const& path);

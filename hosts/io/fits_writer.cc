@@ -58,7 +58,8 @@ struct FitsWriter::Impl {
     if (status == 0) return;
     int const error = errno;
     std::string const text = FitsStatusText(status);
-    if (error != 0) output.FailWrite(error);
+    // Other values may be left over from a call that did not fail.
+    if (error == ENOSPC || error == EDQUOT || error == EFBIG || error == EIO) output.FailWrite(error);
     throw HostError(Exit::kOutput, output.Path() + ": cannot be written: " + text);
   }
 

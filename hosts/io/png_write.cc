@@ -8,6 +8,8 @@ namespace orb::host {
 
 namespace {
 
+constexpr int kCompression = 3;  // of zlib: a third of its usual level's time, for files a fifth larger
+
 void OnWarning(png_structp, png_const_charp) {}
 
 [[noreturn]] void OnError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
@@ -32,6 +34,7 @@ void WriteHeader(png_structp png, png_infop info, DibView const& dib) {
 bool WriteAll(png_structp png, png_infop info, std::FILE* file, DibView const& dib) {
   if (setjmp(png_jmpbuf(png))) return false;
   png_init_io(png, file);
+  png_set_compression_level(png, kCompression);
   png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
   WriteHeader(png, info, dib);
   for (int y = 0; y < dib.Height(); ++y) png_write_row(png, dib.Row(y));

@@ -3,8 +3,8 @@
 
 namespace orb {
 
-// Nearest double to 1/255. The way back from the 256-scale multiplies by it while the way there divides by the range and
-// multiplies by 255.0, so the two are not exact inverses.
+// Nearest double to 1/255. The way back from the 256-scale multiplies by it while the way there divides by the range
+// and multiplies by 255.0, so the two are not exact inverses.
 inline constexpr double kInverse255 = 0.00392156862745098;
 
 inline constexpr double kRadiansPerDegree = 0.017453292519943295;

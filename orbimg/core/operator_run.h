@@ -3,10 +3,10 @@
 // 1. The operator object is the destination; the caller gives it the shape of the source beforehand.
 // 2. The source is only read. Point operators, which read each sample before they write the same position, may have the
 //    destination as their source.
-// 3. The rectangle limits what is written, never what is read. It is limited to the image and not normalised further: an
-//    empty or reversed one changes no sample, yet its run starts and ends. Null is the whole image.
-// 4. Progress starts right after the clamp with the operator's message and its number of units, ticks once after each row
-//    and ends with a null text. The answer of a tick is ignored: operators run to their end.
+// 3. The rectangle limits what is written, never what is read. It is limited to the image and not normalised further:
+//    an empty or reversed one changes no sample, yet its run starts and ends. Null is the whole image.
+// 4. Progress starts right after the clamp with the operator's message and its number of units, ticks once after each
+//    row and ends with a null text. The answer of a tick is ignored: operators run to their end.
 // 5. Planes outermost, then rows, then columns.
 // 6. A source sample comes to the 256-scale by the source's levels, and goes back by the destination's. Levels and
 //    standard points of the destination stay. Results are not clamped.
@@ -15,7 +15,9 @@
 //
 //   orb::Run run(*this, rect);
 //   run.Start(progress, 6124, run.Rows() * planes);
-//   run.EachRow(*src, [&](orb::RowSpan const& row) { InvertRow(row, LevelOf(*src, row.plane), LevelOf(*this, row.plane)); });
+//   run.EachRow(*src, [&](orb::RowSpan const& row) {
+//     InvertRow(row.src, row.dst, row.count, orb::LevelOf(*src, row.plane), orb::LevelOf(*this, row.plane));
+//   });
 //   run.End();
 #pragma once
 

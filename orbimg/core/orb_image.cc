@@ -14,10 +14,7 @@ COrbImage::COrbImage(int initBitsPixel, int initWidth, int initHeight, int initP
 }
 
 COrbImage::COrbImage(COrbImage const& src, HWND wnd, char const* text)
-    : CImage(src, wnd, text),
-      stdPt{src.stdPt[0], src.stdPt[1]},
-      stdCtr(src.stdCtr),
-      progressWnd(src.progressWnd) {}
+    : CImage(src, wnd, text), stdPt{src.stdPt[0], src.stdPt[1]}, stdCtr(src.stdCtr), progressWnd(src.progressWnd) {}
 
 COrbImage::~COrbImage() = default;
 

@@ -5,8 +5,8 @@
 //
 // Scales. Raw is the stored float. Gray is raw - levelMin. The 256-scale is (raw - levelMin) / levelRange * 255.0, not
 // clamped; its byte form is 0 where levelMin >= raw, otherwise 255 where levelMax <= raw, otherwise truncated. The way
-// back is levelRange * v * 0.00392156862745098 + levelMin. Everything is computed in double and rounded once, on return or
-// on store. Brightness of a colour is 0.299 R + 0.587 G + 0.114 B on the 256-scale of each plane.
+// back is levelRange * v * 0.00392156862745098 + levelMin. Everything is computed in double and rounded once, on return
+// or on store. Brightness of a colour is 0.299 R + 0.587 G + 0.114 B on the 256-scale of each plane.
 //
 // Coordinates and planes are pixels and indices, and are not checked unless said.
 #pragma once
@@ -90,8 +90,8 @@ class ORBIMG_API COrbImage : public CImage {
   void SetPixelGray256f(float* p, float v, int plane);
   void SetPixelGray256f(int x, int y, float v, int plane);
 
-  // ---- Progress (orb_image_progress.cc). One Init, any number of steps and texts, one End. With `on` 0 nothing is sent
-  // and nothing is polled.
+  // ---- Progress (orb_image_progress.cc). One Init, any number of steps and texts, one End. With `on` 0 nothing is
+  // sent and nothing is polled.
   void ShowProgressInit(int on, char const* text, int total);
   void ShowProgressInit(int on, int id, int total);
   void ShowProgressInit(char const* text);  // direct mode: ShowProgress sends its number as it stands
@@ -168,19 +168,19 @@ class ORBIMG_API COrbImage : public CImage {
   // where that lies outside it or nothing exceeds the mean.
   void GetCenterOfGravity(double& x, double& y, CRect* rect);
   void GetCenterOfGravity(int& x, int& y, CRect* rect);
-  // Shift (pixels) and angle (degrees, rounded down to a tenth) that lay `other` over this image, from the standard points
-  // of both. Returns the number of points used. Gives `other` a centre if it has none.
+  // Shift (pixels) and angle (degrees, rounded down to a tenth) that lay `other` over this image, from the standard
+  // points of both. Returns the number of points used. Gives `other` a centre if it has none.
   int GetFitPrm(COrbImage* other, double& dx, double& dy, double& angle);
   int GetFitPrm(COrbImage* other, double& dx, double& dy, double& angle, double offsetX, double offsetY,
                 double offsetAngle);
 
-  // ---- Transformed sampling (orb_image_sampling.cc): what this image shows at pixel (x, y) of another frame, shifted by
-  // dx, dy pixels, rotated about this image's stdCtr, magnified by scale. `plane` -1 is brightness. `outside` is the value
-  // off the image. isOutside, srcX, srcY may be null.
+  // ---- Transformed sampling (orb_image_sampling.cc): what this image shows at pixel (x, y) of another frame, shifted
+  // by dx, dy pixels, rotated about this image's stdCtr, magnified by scale. `plane` -1 is brightness. `outside` is the
+  // value off the image. isOutside, srcX, srcY may be null.
   float GetPixelGray256f(int x, int y, double dx, double dy, double sinA, double cosA, double scale, int plane,
                          double outside, int nearest, int* isOutside, double* srcX, double* srcY);
-  float GetPixelGray256f(int x, int y, int dx, int dy, double sinA, double cosA, double scale, int plane, double outside,
-                         int nearest, int* isOutside, double* srcX, double* srcY);
+  float GetPixelGray256f(int x, int y, int dx, int dy, double sinA, double cosA, double scale, int plane,
+                         double outside, int nearest, int* isOutside, double* srcX, double* srcY);
   float GetPixelGrayRaw(int x, int y, double dx, double dy, double sinA, double cosA, double scale, int plane,
                         double outside, int nearest, int* isOutside, double* srcX, double* srcY);
   float GetPixelGrayRaw(int x, int y, int dx, int dy, double sinA, double cosA, double scale, int plane, double outside,
@@ -193,8 +193,8 @@ class ORBIMG_API COrbImage : public CImage {
                       double* b, double outside, int* isOutside, double* srcX, double* srcY);
   void GetPixelRgbRaw(int x, int y, int dx, int dy, double sinA, double cosA, double scale, double* r, double* g,
                       double* b, double outside, int* isOutside, double* srcX, double* srcY);
-  // Copies a rectangle from an image with the same number of planes, clipped to both; `convert` non-zero goes through the
-  // 256-scale of both.
+  // Copies a rectangle from an image with the same number of planes, clipped to both; `convert` non-zero goes through
+  // the 256-scale of both.
   void PixelBlt(int dstX, int dstY, int width, int height, COrbImage* src, int srcX, int srcY, int convert);
 
   // ---- Rendering (display/). A block with a BITMAPINFOHEADER, at 8 bits 256 palette entries, and the rows from the

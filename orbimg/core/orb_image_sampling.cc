@@ -75,8 +75,8 @@ float COrbImage::GetPixelGray256f(int x, int y, double dx, double dy, double sin
   }
   // Intended: rounding comes after the test of the real position, so the nearest sample may lie one past its row.
   return static_cast<float>(OnePlaneOrBrightness(*this, plane, [&](int p) {
-    double const raw = nearest != 0 ? SampleAfterRounding(*this, Round(sx), Round(sy), p)
-                                    : orb::Bilinear(*this, sx, sy, p);
+    double const raw =
+        nearest != 0 ? SampleAfterRounding(*this, Round(sx), Round(sy), p) : orb::Bilinear(*this, sx, sy, p);
     return To256(raw, p);
   }));
 }
@@ -112,7 +112,8 @@ void COrbImage::GetPixelRgb256f(int x, int y, double dx, double dy, double sinA,
     *r = *g = *b = outside;
     return;
   }
-  ThreeColors(*this, [&](int p) { return To256(orb::Bilinear(*this, sx, sy, p), p); }, r, g, b);
+  ThreeColors(
+      *this, [&](int p) { return To256(orb::Bilinear(*this, sx, sy, p), p); }, r, g, b);
 }
 
 void COrbImage::GetPixelRgbRaw(int x, int y, double dx, double dy, double sinA, double cosA, double scale, double* r,
@@ -127,7 +128,8 @@ void COrbImage::GetPixelRgbRaw(int x, int y, double dx, double dy, double sinA, 
     *r = *g = *b = outside;
     return;
   }
-  ThreeColors(*this, [&](int p) { return orb::Bilinear(*this, sx, sy, p); }, r, g, b);
+  ThreeColors(
+      *this, [&](int p) { return orb::Bilinear(*this, sx, sy, p); }, r, g, b);
 }
 
 float COrbImage::GetPixelGray256f(int x, int y, int dx, int dy, double sinA, double cosA, double scale, int plane,
@@ -144,8 +146,8 @@ float COrbImage::GetPixelGrayRaw(int x, int y, int dx, int dy, double sinA, doub
 
 void COrbImage::GetPixelRgb256f(int x, int y, int dx, int dy, double sinA, double cosA, double scale, double* r,
                                 double* g, double* b, double outside, int* isOutside, double* srcX, double* srcY) {
-  GetPixelRgb256f(x, y, static_cast<double>(dx), static_cast<double>(dy), sinA, cosA, scale, r, g, b, outside, isOutside,
-                  srcX, srcY);
+  GetPixelRgb256f(x, y, static_cast<double>(dx), static_cast<double>(dy), sinA, cosA, scale, r, g, b, outside,
+                  isOutside, srcX, srcY);
 }
 
 void COrbImage::GetPixelRgbRaw(int x, int y, int dx, int dy, double sinA, double cosA, double scale, double* r,

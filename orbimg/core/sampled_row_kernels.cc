@@ -70,19 +70,43 @@ ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY,
   }
 }
 
+// Columns that are gathered before they are interpolated, so that only the gathering goes column by column.
+constexpr std::ptrdiff_t kBlock = 64;
+
+struct Corners {
+  float a0[kBlock];
+  float a1[kBlock];
+  float b0[kBlock];
+  float b1[kBlock];
+};
+
 template <typename Sample>
 [[gnu::always_inline]] inline void InterpolateCells(float const* samples, std::ptrdiff_t const* offsets,
                                                     double const* fractionX, double const* fractionY,
                                                     std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
                                                     std::ptrdiff_t count, Sample* out) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    float const* const a = samples + offsets[i];
-    float const* const b = a + nextRow;
-    double const f = fractionX[i];
-    double const g = fractionY[i];
-    double const between = orb::InterpolateCell(a[0], a[nextColumn], b[0], b[nextColumn], f, g);
-    out[i] = static_cast<Sample>(f == 0.0 && g == 0.0 ? static_cast<double>(a[0]) : between);
+  Corners c;
+  for (std::ptrdiff_t first = 0; first < count; first += kBlock) {
+    std::ptrdiff_t const n = std::min(kBlock, count - first);
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+      float const* const a = samples + offsets[first + i];
+      c.a0[i] = a[0];
+      c.a1[i] = a[nextColumn];
+      c.b0[i] = a[nextRow];
+      c.b1[i] = a[nextRow + nextColumn];
+    }
+    double const* const fx = fractionX + first;
+    double const* const fy = fractionY + first;
+    Sample* const o = out + first;
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+      double const f = fx[i];
+      double const g = fy[i];
+      double const a0 = c.a0[i];
+      double const between = orb::InterpolateCell(a0, c.a1[i], c.b0[i], c.b1[i], f, g);
+      // Neither fraction is negative, so their sum is 0 only where both are.
+      o[i] = static_cast<Sample>(f + g == 0.0 ? a0 : between);
+    }
   }
 }
 

@@ -26,7 +26,7 @@ struct ColumnRun {
   bool whole;  // all columns lie on samples
 };
 
-// Made once for a run over the columns left .. right - 1 of the destination; holds its scratch memory, about nine
+// Made once for a run over the columns left .. right - 1 of the destination; holds its scratch memory, up to eight
 // doubles a column. Columns are counted from `left`. A mono image has plane 0 only, whatever `plane` says; a `plane` of
 // -1 is the brightness of a colour image.
 class ORBIMG_API SampledRow {

@@ -5,8 +5,8 @@
 
 namespace orb {
 
-// Shift in pixels, rotation about the sampled image's centre, magnification. The exact comparisons pick the cheap path for
-// plain shifts, which need no centre.
+// Shift in pixels, rotation about the sampled image's centre, magnification. The exact comparisons pick the cheap path
+// for plain shifts, which need no centre.
 struct Transform {
   double dx;
   double dy;

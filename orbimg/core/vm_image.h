@@ -87,8 +87,8 @@ class ORBCIM_API CVmImage {
   ~CVmImage();
   CVmImage& operator=(CVmImage const&) = delete;
 
-  // `read` non-zero promises only to read through the address. `lock` non-zero pins it: with a `handle` a token is written
-  // there for Unlock, without one the lock lasts until UnlockAll.
+  // `read` non-zero promises only to read through the address. `lock` non-zero pins it: with a `handle` a token is
+  // written there for Unlock, without one the lock lasts until UnlockAll.
   unsigned char* GetImageAdr(std::ptrdiff_t offset, int read, int lock, void** handle) const;
   unsigned char* GetImageAdr(int x, int y, int plane, int read, int lock, void** handle) const {
     std::ptrdiff_t const row = static_cast<std::ptrdiff_t>(height) * plane + y;

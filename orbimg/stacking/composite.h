@@ -40,7 +40,7 @@ class ORBIMG_API CImgComposit : public COrbImage {
   }
 
   // `ratio` counts in modes 2 and 9, `clamp` in mode 3, `threshold` and `radius` in mode 9. A null `rect` is the whole
-  // image. Scratch memory: about a dozen rows.
+  // image. Scratch memory: about two dozen rows.
   void Do(COrbImage* first, COrbImage* second, double dx, double dy, double angle, int mode, double ratio, int to256,
           int clamp, double threshold, int radius, CRect* rect, int progress, int messageId);
   // ratio 0.5, clamp 0, threshold 0.95, radius 0, the whole image, no progress.
@@ -58,10 +58,9 @@ class ORBIMG_API CImgComposit : public COrbImage {
   //   no           no            lower of a and bs
   //   no           yes           lower of a and bmax * ratio
   //   yes          no            lower of amax and bs
-  //   yes          yes           lower of a and bs if a and b are bright; otherwise whichever of a and bs differs less,
-  //   in
-  //                              sum, from the pixels of the destination at the upper left, above and on the left; bs
-  //                              in a tie
+  //   yes          yes           lower of a and bs if a and b are bright; otherwise whichever of a and bs differs less
+  //                              in sum from the pixels of the destination at the upper left, above and on the left,
+  //                              and bs in a tie
   //
   // Those neighbours are read as they stand: already joined, or what the destination held before where they lie outside
   // the rectangle. In the first column or row the pixel itself stands for a missing neighbour, with what the

@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include <orbimg/core/truncate.h>
 #include <orbimg/stacking/matching_metric_internal.h>
 
 namespace {
@@ -53,13 +54,6 @@ std::vector<double> BrightnessRatios(COrbImage& reference, COrbImage& source) {
   return ratio;
 }
 
-// Truncated, and held at the ends of what an int can be: overlaps are far from there. Not-a-number gives 0.
-std::int64_t Truncate(double v) {
-  constexpr double kLowest = std::numeric_limits<int>::min();
-  constexpr double kHighest = std::numeric_limits<int>::max();
-  return v == v ? static_cast<std::int64_t>(std::clamp(v, kLowest, kHighest)) : 0;
-}
-
 // One call of Do.
 class Search {
  public:
@@ -71,10 +65,10 @@ class Search {
   Best const& Found() const { return best; }
 
   void Coarse(double x0, double y0, int h) {
-    std::int64_t const top = Truncate(y0 - h);
-    std::int64_t const bottom = Truncate(y0 + h);
-    std::int64_t const left = Truncate(x0 - h);
-    std::int64_t const right = Truncate(x0 + h);
+    std::int64_t const top = orb::TruncateToInt(y0 - h);
+    std::int64_t const bottom = orb::TruncateToInt(y0 + h);
+    std::int64_t const left = orb::TruncateToInt(x0 - h);
+    std::int64_t const right = orb::TruncateToInt(x0 + h);
     std::size_t const columns = left <= right ? static_cast<std::size_t>((right - left) / 2 + 1) : 0;
     std::vector<Shift> shifts;
     for (std::int64_t y = top; y <= bottom; y += 2) {
@@ -90,8 +84,8 @@ class Search {
 
   // Intended: all eight neighbours of the coarse winner, even after one of them has taken the lead.
   void Unit() {
-    std::int64_t const bx = Truncate(best.x);
-    std::int64_t const by = Truncate(best.y);
+    std::int64_t const bx = orb::TruncateToInt(best.x);
+    std::int64_t const by = orb::TruncateToInt(best.y);
     std::vector<Shift> shifts;
     for (std::int64_t y = by - 1; y <= by + 1; ++y) {
       for (std::int64_t x = bx - 1; x <= bx + 1; ++x) {

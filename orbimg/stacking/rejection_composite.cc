@@ -47,7 +47,11 @@ struct RejectionRow {
         sx(a.size()),
         sy(a.size()),
         largestFirst(a.size()),
-        largestSecond(a.size()) {}
+        largestSecond(a.size()),
+        windowRow(a.size() + 2 * kLargestRadius),
+        rowOffsets(a.size()) {
+    for (auto& tap : nearestColumns) tap.resize(a.size());
+  }
 
   std::vector<double> a;
   std::vector<float> b;
@@ -55,6 +59,9 @@ struct RejectionRow {
   std::vector<double> sy;
   std::vector<double> largestFirst;
   std::vector<double> largestSecond;
+  std::vector<double> windowRow;
+  std::vector<int> nearestColumns[2 * kLargestRadius + 1];
+  std::vector<std::ptrdiff_t> rowOffsets;
 };
 
 // The run over one pair of frames; `image` is the destination.
@@ -95,6 +102,8 @@ class Rejection {
  private:
   static std::size_t At(std::ptrdiff_t column) { return static_cast<std::size_t>(column); }
 
+  int Pixel(std::ptrdiff_t column) const { return area.left + static_cast<int>(column); }
+
   float Out(double v) const { return static_cast<float>(settings.is256 ? to.ToRaw(v) : v); }
 
   void Write(float* dst, std::ptrdiff_t firstColumn, std::ptrdiff_t lastColumn) const {
@@ -130,28 +139,40 @@ class Rejection {
     return sx < 1.0 || second.GetWidth() - 1 <= sx || sy < 1.0 || second.GetHeight() - 1 <= sy;
   }
 
-  // The windows end at the destination's edges. Intended: the search for the largest begins with b, not with bs.
+  // Intended: the search for the largest of the second frame begins with b, not with bs.
   void ReadWindows(int y, int plane) {
     std::copy(row.a.begin() + begin, row.a.begin() + end, row.largestFirst.begin() + begin);
     std::copy(row.b.begin() + begin, row.b.begin() + end, row.largestSecond.begin() + begin);
-    int const reach = std::min(settings.radius, kLargestRadius);
-    int const secondPlane = second.IsColor() ? plane : 0;
-    orb::WindowPlane const window{second.GetImageAdr(0, 0, secondPlane, 1, nullptr), second.GetWidth(),
-                                  second.GetHeight(), orb::LevelOf(second, secondPlane), settings.is256};
+    int const reach = std::clamp(settings.radius, -1, kLargestRadius);  // -1: an empty window
+    for (int tapX = -reach; tapX <= reach; ++tapX) {
+      orb::NearestColumnsRow(row.sx.data() + begin, Pixel(begin), tapX, second.GetWidth() - 1, end - begin,
+                             row.nearestColumns[tapX + kLargestRadius].data() + begin);
+    }
     for (int tapY = std::max(-reach, -y); tapY <= std::min(reach, image.GetHeight() - 1 - y); ++tapY) {
-      for (int tapX = -reach; tapX <= reach; ++tapX) ReadTap(window, y, plane, tapX, tapY);
+      ReadWindowRow(y, tapY, reach, plane);
     }
   }
 
-  void ReadTap(orb::WindowPlane const& window, int y, int plane, int tapX, int tapY) {
-    std::ptrdiff_t const low = std::max<std::ptrdiff_t>(begin, -tapX - area.left);
-    std::ptrdiff_t const high = std::min<std::ptrdiff_t>(end, image.GetWidth() - tapX - area.left);
-    if (low >= high) return;
-    int const x = area.left + static_cast<int>(low);
-    orb::RaiseToFirstRow(first.GetImageAdr(x + tapX, y + tapY, plane, 1, nullptr), orb::LevelOf(first, plane),
-                         settings.is256, high - low, row.largestFirst.data() + low);
-    orb::RaiseToSecondRow(window, row.sx.data() + low, row.sy.data() + low, x, y, tapX, tapY, high - low,
-                          row.largestSecond.data() + low);
+  // One row of all windows. They end at the destination's edges.
+  void ReadWindowRow(int y, int tapY, int reach, int plane) {
+    if (begin == end) return;
+    int const left = std::max(Pixel(begin) - reach, 0);
+    int const right = std::min(Pixel(end) + reach, image.GetWidth());
+    orb::ConvertRow(first.GetImageAdr(left, y + tapY, plane, 1, nullptr), orb::LevelOf(first, plane), settings.is256,
+                    right - left, row.windowRow.data());
+    int const secondPlane = second.IsColor() ? plane : 0;
+    float const* const samples = second.GetImageAdr(0, 0, secondPlane, 1, nullptr);
+    orb::NearestRowsRow(row.sy.data() + begin, y, tapY, second.GetHeight() - 1, second.GetWidth(), end - begin,
+                        row.rowOffsets.data() + begin);
+    for (int tapX = -reach; tapX <= reach; ++tapX) {
+      std::ptrdiff_t const low = std::max<std::ptrdiff_t>(begin, -tapX - area.left);
+      std::ptrdiff_t const high = std::min<std::ptrdiff_t>(end, image.GetWidth() - tapX - area.left);
+      if (low >= high) continue;
+      orb::RaiseRow(row.windowRow.data() + (Pixel(low) + tapX - left), high - low, row.largestFirst.data() + low);
+      orb::RaiseToNearestRow(samples, row.rowOffsets.data() + low,
+                             row.nearestColumns[tapX + kLargestRadius].data() + low, orb::LevelOf(second, secondPlane),
+                             settings.is256, high - low, row.largestSecond.data() + low);
+    }
   }
 
   double Choose(std::ptrdiff_t i, int y, int plane) const {
@@ -164,7 +185,7 @@ class Rejection {
     if (!isFirstNearBright) return Lower(a, row.largestSecond[At(i)] * settings.ratio);
     if (!isSecondNearBright) return Lower(row.largestFirst[At(i)], bs);
     if (bright.IsFirstBright(a) && bright.IsSecondBright(b)) return Lower(a, bs);
-    return CloserToNeighbours(a, bs, area.left + static_cast<int>(i), y, plane);
+    return CloserToNeighbours(a, bs, Pixel(i), y, plane);
   }
 
   // Intended: in the first column or row a neighbour is the pixel itself, not yet written.

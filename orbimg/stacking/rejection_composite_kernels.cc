@@ -6,35 +6,7 @@
 
 namespace {
 
-template <typename Convert>
-[[gnu::always_inline]] inline void RaiseToFirst(float const* samples, std::ptrdiff_t count, double* largest,
-                                                Convert convert) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    double const v = convert(samples[i]);
-    largest[i] = v > largest[i] ? v : largest[i];
-  }
-}
-
-template <typename Convert>
-[[gnu::always_inline]] inline void RaiseToSecond(orb::WindowPlane const& plane, double const* sx, double const* sy,
-                                                 int x, int y, int tapX, int tapY, std::ptrdiff_t count,
-                                                 double* largest, Convert convert) {
-  float const* const samples = plane.samples;
-  std::ptrdiff_t const width = plane.width;
-  int const lastX = plane.width - 1;
-  int const lastY = plane.height - 1;
-  double const yy = y + tapY;
-  double const xx = x + tapX;
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    double const column = static_cast<double>(i);
-    int const ix = static_cast<int>(xx + column + sx[i] - (x + column) + 0.5);
-    int const iy = static_cast<int>(yy + sy[i] - y + 0.5);
-    double const v = convert(samples[std::clamp(iy, 0, lastY) * width + std::clamp(ix, 0, lastX)]);
-    largest[i] = v > largest[i] ? v : largest[i];
-  }
-}
+double Larger(double largest, double v) { return v > largest ? v : largest; }
 
 }  // namespace
 
@@ -48,23 +20,52 @@ ORB_ROW_KERNEL void LowerRow(double const* a, float const* second, double ratio,
   }
 }
 
-ORB_ROW_KERNEL void RaiseToFirstRow(float const* samples, Level level, bool is256, std::ptrdiff_t count,
-                                    double* largest) {
+ORB_ROW_KERNEL void ConvertRow(float const* samples, Level level, bool is256, std::ptrdiff_t count, double* values) {
   if (is256) {
-    RaiseToFirst(samples, count, largest, [level](float raw) { return level.To256(raw); });
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t i = 0; i < count; ++i) values[i] = level.To256(samples[i]);
   } else {
-    RaiseToFirst(samples, count, largest, [](float raw) { return static_cast<double>(raw); });
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t i = 0; i < count; ++i) values[i] = samples[i];
   }
 }
 
-ORB_ROW_KERNEL void RaiseToSecondRow(WindowPlane const& plane, double const* sx, double const* sy, int x, int y,
-                                     int tapX, int tapY, std::ptrdiff_t count, double* largest) {
-  if (plane.is256) {
-    Level const level = plane.level;
-    RaiseToSecond(plane, sx, sy, x, y, tapX, tapY, count, largest,
-                  [level](float raw) { return static_cast<double>(static_cast<float>(level.To256(raw))); });
+ORB_ROW_KERNEL void RaiseRow(double const* values, std::ptrdiff_t count, double* largest) {
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) largest[i] = Larger(largest[i], values[i]);
+}
+
+ORB_ROW_KERNEL void NearestColumnsRow(double const* sx, int x, int tapX, int last, std::ptrdiff_t count, int* columns) {
+  int const n = static_cast<int>(count);
+  ORB_COLUMNS_INDEPENDENT
+  for (int i = 0; i < n; ++i) {
+    double const pixel = x + i;
+    columns[i] = std::clamp(static_cast<int>(pixel + tapX + sx[i] - pixel + 0.5), 0, last);
+  }
+}
+
+ORB_ROW_KERNEL void NearestRowsRow(double const* sy, int y, int tapY, int last, int width, std::ptrdiff_t count,
+                                   std::ptrdiff_t* rowOffsets) {
+  double const pixel = y;
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    int const row = std::clamp(static_cast<int>(pixel + tapY + sy[i] - pixel + 0.5), 0, last);
+    rowOffsets[i] = static_cast<std::ptrdiff_t>(row) * width;
+  }
+}
+
+ORB_ROW_KERNEL void RaiseToNearestRow(float const* plane, std::ptrdiff_t const* rowOffsets, int const* columns,
+                                      Level level, bool is256, std::ptrdiff_t count, double* largest) {
+  if (is256) {
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+      largest[i] = Larger(largest[i], static_cast<float>(level.To256(plane[rowOffsets[i] + columns[i]])));
+    }
   } else {
-    RaiseToSecond(plane, sx, sy, x, y, tapX, tapY, count, largest, [](float raw) { return static_cast<double>(raw); });
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+      largest[i] = Larger(largest[i], plane[rowOffsets[i] + columns[i]]);
+    }
   }
 }
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include <orbcim/extrema_internal.h>
+#include <orbimg/core/extrema_internal.h>
 #include <orbimg/core/rank_selection_internal.h>
 #include <orbimg/core/sum_kernels.h>
 #include <orbimg/tone/auto_level_internal.h>

@@ -11,7 +11,8 @@
 //
 // An image of two planes has no brightness; it is treated plane by plane.
 //
-// An empty rectangle sets no levels, except by Do plane by plane: its extremes are the whole plane's, its histogram empty.
+// An empty rectangle sets no levels, except by Do plane by plane: the extremes are the whole plane's, the histogram is
+// empty.
 #pragma once
 
 #include <orbimg/core/orb_image.h>
@@ -35,7 +36,8 @@ class ORBIMG_API CImgAutoLevel : public COrbImage {
   //   otherwise:    white = range * high + min
   // Intended: every class counts one more than its pixels, so that empty stretches take a share too.
   // Intended: plane by plane, and on a mono image, the extremes are those of the whole plane, whatever the rectangle.
-  // Progress, message 6168, one unit a row, for brightness only.
+  // Progress, message 6168, one unit a row, for brightness only. Scratch memory: about 100 kB, and for brightness a row
+  // of doubles; the same for Get.
   void Do(double low, double high, int perPlane, CRect* rect);
 
   // The fractions at which the present levels of plane 0 stand, as Do counts them; close to what Do was given, as the
@@ -53,7 +55,7 @@ class ORBIMG_API CImgAutoLevel : public COrbImage {
   // than 0 sets black to the value at index N / 10 + 1 of all N in ascending order, the last one if there are no more,
   // and white to black + fixedRange. Values that are not numbers come last in the order.
   //
-  // Scratch memory: one sixteenth of the rectangle's values, a row and 65536 more, 4 bytes each (8 for brightness); all of
-  // its values where there are 131072 or fewer, or where they lie so unevenly that a sample of them misleads.
+  // Scratch memory: one sixteenth of the rectangle's values, a row and 65536 more, 4 bytes each (8 for brightness); all
+  // of its values where there are 131072 or fewer, or where they lie so unevenly that a sample of them misleads.
   void DoByMedian(double lowFactor, double highFactor, int perPlane, CRect* rect, double fixedRange);
 };

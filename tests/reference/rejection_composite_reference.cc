@@ -51,11 +51,12 @@ double ChosenValue(COrbImage& dst, COrbImage& first, COrbImage& second, Composit
     if (a >= bs) return bs;
     return a;
   }
-  int const r = args.radius > 2 ? 2 : args.radius;
+  long const r = args.radius > 2 ? 2 : args.radius;
   double amax = a;
   double bmax = b;
-  for (int yy = y - r < 0 ? 0 : y - r; yy <= (y + r > dst.GetHeight() - 1 ? dst.GetHeight() - 1 : y + r); ++yy) {
-    for (int xx = x - r < 0 ? 0 : x - r; xx <= (x + r > dst.GetWidth() - 1 ? dst.GetWidth() - 1 : x + r); ++xx) {
+  for (int yy = 0; yy < dst.GetHeight(); ++yy) {
+    for (int xx = 0; xx < dst.GetWidth(); ++xx) {
+      if (yy < y - r || yy > y + r || xx < x - r || xx > x + r) continue;
       double v = first.GetPixelGrayRaw(xx, yy, plane);
       if (to256) v = (v - first.GetLevelMin(plane)) / first.GetLevelRange(plane) * 255.0;
       if (v > amax) amax = v;

@@ -1,6 +1,7 @@
 // The one friend through which tests reach what is private or protected.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 
 #include <orbcim/sample_block_internal.h>
@@ -20,6 +21,8 @@ struct OrbTestAccess {
   }
   static CRect SelectionOf(COrbImage const& image) { return image.selection; }
   static CVmImage& StoreOf(CImage& image) { return *image.vmImage; }
+
+  static std::size_t RoomForLines(CImgMedianComposit const& median) { return median.lines.size(); }
 
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {

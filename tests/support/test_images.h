@@ -25,8 +25,8 @@ void SetRandomLevels(COrbImage& image, Random& random);
 // A mono (1) or colour (3) image of floats with random samples and levels.
 COrbImage RandomImage(Random& random, int width, int height, int planes);
 
-// Rectangles of every kind for an image: null (as an empty optional is awkward, `useRect` false), whole, inset by 0, 1 and
-// 13, partly and wholly outside, empty, reversed.
+// Rectangles of every kind for an image: null (as an empty optional is awkward, `useRect` false), whole, inset by 0, 1
+// and 13, partly and wholly outside, empty, reversed.
 struct RectCase {
   std::string name;
   bool useRect;

@@ -1,4 +1,4 @@
-// Smallest and largest of a run of samples.
+// Smallest and largest of a run of samples. The storage library implements this, as CImage::GetMinMax needs it.
 #pragma once
 
 #include <cstddef>

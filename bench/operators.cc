@@ -1,0 +1,65 @@
+// Every operator of the catalogue alone, with its default parameters: time a sample, mono and colour.
+//
+//   operators --benchmark_filter=composite
+#include <bench/bench_images.h>
+#include <benchmark/benchmark.h>
+#include <hosts/catalogue/catalogue.h>
+#include <hosts/catalogue/check.h>
+
+#include <memory>
+#include <string>
+
+namespace {
+
+constexpr int kWidth = 2048;
+constexpr int kHeight = 2048;
+
+int PlanesOfSource(orb::host::OperatorEntry const& entry, int planes) {
+  return entry.sourceShape == orb::host::SourceShape::kColourToMono ? 3 : planes;
+}
+
+int PlanesOfImage(orb::host::OperatorEntry const& entry, int planes) {
+  if (entry.sourceShape == orb::host::SourceShape::kColourToMono) return 3;
+  return entry.sourceShape == orb::host::SourceShape::kAnyToColour ? 1 : planes;
+}
+
+void RunEntry(benchmark::State& state, orb::host::OperatorEntry const& entry, int planes) {
+  COrbImage source = orb::bench::SkyImage(kWidth, kHeight, PlanesOfSource(entry, planes), 1);
+  COrbImage second = orb::bench::SkyImage(kWidth, kHeight, PlanesOfSource(entry, planes), 2);
+  COrbImage const fresh = orb::bench::SkyImage(kWidth, kHeight, PlanesOfImage(entry, planes), 3);
+  COrbImage image(fresh);
+  orb::host::Invocation call;
+  call.image = &image;
+  call.source = entry.sourceShape == orb::host::SourceShape::kNone ? nullptr : &source;
+  call.second = entry.needsSecond ? &second : nullptr;
+  call.values = entry.Defaults();
+  std::string const complaint = orb::host::CheckInvocation(entry, call);
+  if (!complaint.empty()) {
+    state.SkipWithError(complaint.c_str());
+    return;
+  }
+  for (auto _ : state) {
+    if (entry.changes.planes) {
+      state.PauseTiming();
+      image.CopyImage(fresh, nullptr, nullptr);
+      state.ResumeTiming();
+    }
+    benchmark::DoNotOptimize(entry.run(call));
+  }
+  state.SetItemsProcessed(state.iterations() * fresh.GetPixelCount());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (orb::host::OperatorEntry const& entry : orb::host::Catalogue()) {
+    for (int const planes : {1, 3}) {
+      benchmark::RegisterBenchmark((entry.name + (planes == 1 ? "/mono" : "/colour")).c_str(),
+                                   [&entry, planes](benchmark::State& state) { RunEntry(state, entry, planes); })
+          ->Unit(benchmark::kMillisecond);
+    }
+  }
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}
