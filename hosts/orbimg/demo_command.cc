@@ -37,6 +37,9 @@ class Demo {
     LevelAndRender();
     MeasureDemo(files, report);
     context.out << (options.json ? FormatReportJson(report) : FormatReport(report));
+    if (!options.json)
+      context.out << fmt::format("Pictures: {}; raw.png, calibrated.png and rejection.png beside it\n",
+                                 In("stack.png"));
     WriteTextFile(In("report.json"), FormatReportJson(report),
                   options.common.force ? Existing::kReplace : Existing::kKeep);
   }
@@ -76,7 +79,7 @@ class Demo {
   }
 
   void LevelAndRender() {
-    Step("level", {"level", files.median, "--median", "0.3", "2", "-o", In("levelled.fits")});
+    Step("level", {"level", files.median, "--median", "1", "3", "-o", In("levelled.fits")});
     Step("render", {"render", In("levelled.fits"), "-o", In("stack.png")});
     Step("render raw", {"render", "--view", files.raw.front(), "-o", In("raw.png")});
     Step("render one", {"render", "--view", files.calibrated[kTrailLight - 1], "-o", In("calibrated.png")});
