@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -23,6 +24,16 @@ int PlanesOfImage(orb::host::OperatorEntry const& entry, int planes) {
   return entry.sourceShape == orb::host::SourceShape::kAnyToColour ? 1 : planes;
 }
 
+// A stack of nine, each a little further off, from two images.
+std::vector<orb::host::PlacedFrame> FramesOf(orb::host::OperatorEntry const& entry, COrbImage& even, COrbImage& odd) {
+  constexpr int kFrames = 9;
+  std::vector<orb::host::PlacedFrame> frames;
+  for (int i = 0; entry.TakesFrames() && i < kFrames; ++i) {
+    frames.push_back({i % 2 == 0 ? &even : &odd, {1.3 * i, -0.7 * i, 0.05 * i}});
+  }
+  return frames;
+}
+
 void RunEntry(benchmark::State& state, orb::host::OperatorEntry const& entry, int planes) {
   COrbImage source = orb::bench::SkyImage(kWidth, kHeight, PlanesOfSource(entry, planes), 1);
   COrbImage second = orb::bench::SkyImage(kWidth, kHeight, PlanesOfSource(entry, planes), 2);
@@ -33,6 +44,9 @@ void RunEntry(benchmark::State& state, orb::host::OperatorEntry const& entry, in
   call.source = entry.sourceShape == orb::host::SourceShape::kNone ? nullptr : &source;
   call.second = entry.needsSecond ? &second : nullptr;
   call.values = entry.Defaults();
+  call.frames = FramesOf(entry, source, second);
+  std::vector<double> results;
+  call.results = &results;
   std::string const complaint = orb::host::CheckInvocation(entry, call);
   if (!complaint.empty()) {
     state.SkipWithError(complaint.c_str());

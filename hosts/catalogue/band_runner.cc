@@ -90,6 +90,7 @@ int RunBand(OperatorEntry const& entry, Invocation const& call, Band const& band
   COrbImage image;
   COrbImage source;
   COrbImage second;
+  std::vector<COrbImage> frames(call.frames.size());
   CRect rect;
   Invocation own = call;
   own.image = &image;
@@ -110,6 +111,10 @@ int RunBand(OperatorEntry const& entry, Invocation const& call, Band const& band
   }
   if (call.source != nullptr) own.source = call.source == call.image ? &image : &source;
   if (call.second != nullptr) own.second = &second;
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    ShareWhole(*call.frames[i].image, frames[i]);
+    own.frames[i].image = &frames[i];
+  }
   image.SetProgressHandle(&window);
   return entry.run(own);
 }

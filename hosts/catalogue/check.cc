@@ -18,12 +18,12 @@ bool IsSameSize(COrbImage const& a, COrbImage const& b) {
 }
 
 std::string CheckImage(std::string const& role, COrbImage const* image) {
-  if (image == nullptr) return fmt::format("the {} is missing", role);
-  if (image->GetWidth() < 1 || image->GetHeight() < 1) return fmt::format("the {} is empty", role);
+  if (image == nullptr) return role + " is missing";
+  if (image->GetWidth() < 1 || image->GetHeight() < 1) return role + " is empty";
   if (image->GetPlanes() != 1 && image->GetPlanes() != 3) {
-    return fmt::format("the {} has {} planes; an image has 1 or 3", role, image->GetPlanes());
+    return fmt::format("{} has {} planes; an image has 1 or 3", role, image->GetPlanes());
   }
-  if (image->GetBitsPixel() != -32) return fmt::format("the {} does not hold 32-bit floats", role);
+  if (image->GetBitsPixel() != -32) return role + " does not hold 32-bit floats";
   return "";
 }
 
@@ -43,12 +43,12 @@ std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
 }
 
 std::string CheckSource(OperatorEntry const& entry, Invocation const& call) {
-  std::string const wrong = CheckImage(entry.sourceName, call.source);
+  std::string const wrong = CheckImage("the " + entry.sourceName, call.source);
   if (!wrong.empty()) return wrong;
   if (call.source == call.image && !entry.mayRunInPlace) {
     return fmt::format("the {} must be another image than the result", entry.sourceName);
   }
-  if (!IsSameSize(*call.source, *call.image)) {
+  if (entry.sourceShape != SourceShape::kAny && !IsSameSize(*call.source, *call.image)) {
     return fmt::format("the {} is {}, the image {}; both must have the same size", entry.sourceName,
                        ShapeText(*call.source), ShapeText(*call.image));
   }
@@ -56,9 +56,42 @@ std::string CheckSource(OperatorEntry const& entry, Invocation const& call) {
 }
 
 std::string CheckSecond(Invocation const& call) {
-  std::string const wrong = CheckImage("second image", call.second);
+  std::string const wrong = CheckImage("the second image", call.second);
   if (!wrong.empty()) return wrong;
   return call.second == call.image ? "the second image must be another one than the result" : "";
+}
+
+std::string CheckValues(std::vector<Parameter> const& parameters, std::vector<double> const& values) {
+  if (values.size() != parameters.size()) {
+    return fmt::format("{} values for {} parameters", values.size(), parameters.size());
+  }
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    std::string const wrong = CheckValue(parameters[i], values[i]);
+    if (!wrong.empty()) return wrong;
+  }
+  return "";
+}
+
+std::string CheckFrame(OperatorEntry const& entry, Invocation const& call, std::size_t number) {
+  PlacedFrame const& frame = call.frames[number];
+  std::string const role = fmt::format("frame {}", number + 1);
+  std::string const wrong = CheckImage(role, frame.image);
+  if (!wrong.empty()) return wrong;
+  if (frame.image == call.image) return role + " must be another image than the result";
+  std::string const wrongValue = CheckValues(entry.frameParameters, frame.values);
+  return wrongValue.empty() ? "" : role + ": " + wrongValue;
+}
+
+std::string CheckFrames(OperatorEntry const& entry, Invocation const& call) {
+  if (!entry.TakesFrames()) return call.frames.empty() ? "" : "takes no frames";
+  if (call.frames.empty()) return "there is no frame";
+  std::string wrong;
+  for (std::size_t i = 0; wrong.empty() && i < call.frames.size(); ++i) wrong = CheckFrame(entry, call, i);
+  return wrong;
+}
+
+std::string CheckResults(OperatorEntry const& entry, Invocation const& call) {
+  return entry.results.empty() || call.results != nullptr ? "" : "there is no place for its results";
 }
 
 std::string CheckLevelsOf(std::string const& role, COrbImage const& image) {
@@ -95,22 +128,13 @@ std::string CheckRectangle(OperatorEntry const& entry, Invocation const& call) {
                      ShapeText(*call.image));
 }
 
-std::string CheckValues(OperatorEntry const& entry, Invocation const& call) {
-  if (call.values.size() != entry.parameters.size()) {
-    return fmt::format("{} values for {} parameters", call.values.size(), entry.parameters.size());
-  }
-  for (std::size_t i = 0; i < call.values.size(); ++i) {
-    std::string const wrong = CheckValue(entry.parameters[i], call.values[i]);
-    if (!wrong.empty()) return wrong;
-  }
-  return "";
-}
-
 std::string FindWrong(OperatorEntry const& entry, Invocation const& call) {
-  std::string wrong = CheckImage("image", call.image);
-  if (wrong.empty()) wrong = CheckValues(entry, call);
+  std::string wrong = CheckImage("the image", call.image);
+  if (wrong.empty()) wrong = CheckValues(entry.parameters, call.values);
   if (wrong.empty() && entry.sourceShape != SourceShape::kNone) wrong = CheckSource(entry, call);
   if (wrong.empty() && entry.needsSecond) wrong = CheckSecond(call);
+  if (wrong.empty()) wrong = CheckFrames(entry, call);
+  if (wrong.empty()) wrong = CheckResults(entry, call);
   if (wrong.empty()) wrong = CheckRectangle(entry, call);
   if (wrong.empty()) wrong = CheckLevels(entry, call);
   if (wrong.empty() && entry.check != nullptr) wrong = entry.check(call);
@@ -126,6 +150,11 @@ std::string CheckValue(Parameter const& parameter, double value) {
   return fmt::format("{} is {}; it must be a {} from {} to {}{}", parameter.name, value,
                      parameter.kind == Parameter::Kind::kReal ? "number" : "whole number", parameter.least,
                      parameter.most, unit);
+}
+
+std::string CheckMean(std::string const& role, COrbImage const& image) {
+  if (image.GetWidth() > 1 && image.GetHeight() > 1) return "";
+  return fmt::format("the {} is one pixel wide or high, so that its mean has no value", role);
 }
 
 std::string CheckInvocation(OperatorEntry const& entry, Invocation const& call) {

@@ -13,4 +13,7 @@ std::string CheckInvocation(OperatorEntry const& entry, Invocation const& call);
 // One value against its parameter.
 std::string CheckValue(Parameter const& parameter, double value);
 
+// Whether the mean of an image has a value; `role` is what the text calls the image.
+std::string CheckMean(std::string const& role, COrbImage const& image);
+
 }  // namespace orb::host

@@ -1,3 +1,4 @@
+#include <hosts/catalogue/check.h>
 #include <hosts/catalogue/rooms_internal.h>
 
 namespace orb::host {
@@ -52,10 +53,7 @@ OperatorEntry Flat() {
   entry.changes.samples = true;
   entry.message = 6105;
   entry.units = entry.ticks = Units::kImageRowsTimesPlanes;
-  entry.check = [](Invocation const& call) {
-    bool const isThin = call.source->GetWidth() < 2 || call.source->GetHeight() < 2;
-    return std::string(isThin ? "the flat is one pixel wide or high, so that its mean has no value" : "");
-  };
+  entry.check = [](Invocation const& call) { return CheckMean("flat", *call.source); };
   entry.run = [](Invocation const& call) {
     call.image->FlatClbrtn(call.source, call.progress);
     return 1;

@@ -6,7 +6,16 @@ namespace orb::host {
 
 namespace {
 
-int Count(Units units, Invocation const& call) {
+// Intended: a quarter of the square of the range is not quite the number of positions, and yet what is announced.
+int SearchUnits(OperatorEntry const& entry, Invocation const& call) {
+  constexpr int kNeighbours = 9;
+  constexpr int kFine = 288;
+  int const range = static_cast<int>(call.values[static_cast<std::size_t>(entry.Find("range"))]);
+  bool const isFine = call.values[static_cast<std::size_t>(entry.Find("fine"))] != 0.0;
+  return range * range / 4 + kNeighbours + (isFine ? kFine : 0);
+}
+
+int Count(OperatorEntry const& entry, Units units, Invocation const& call) {
   COrbImage const& image = *call.image;
   int const rows = ClampRect(call.rect, image.GetWidth(), image.GetHeight()).Rows();
   switch (units) {
@@ -18,6 +27,8 @@ int Count(Units units, Invocation const& call) {
       return image.GetHeight();
     case Units::kImageRowsTimesPlanes:
       return image.GetHeight() * image.GetPlanes();
+    case Units::kSearch:
+      return SearchUnits(entry, call);
     case Units::kNone:
       break;
   }
@@ -40,13 +51,14 @@ int OperatorEntry::Find(std::string const& parameter) const {
 
 bool OperatorEntry::DoesReport(Invocation const& call) const {
   if (reports == Reports::kNever) return false;
+  if (reports == Reports::kAlways) return true;
   if (reports == Reports::kOnRequest) return call.progress != 0;
   int const perPlane = Find("per-plane");
   return call.image->IsColor() != 0 && call.values[static_cast<std::size_t>(perPlane)] == 0.0;
 }
 
-int OperatorEntry::UnitsOf(Invocation const& call) const { return Count(units, call); }
+int OperatorEntry::UnitsOf(Invocation const& call) const { return Count(*this, units, call); }
 
-int OperatorEntry::TicksOf(Invocation const& call) const { return std::max(Count(ticks, call), 0); }
+int OperatorEntry::TicksOf(Invocation const& call) const { return std::max(Count(*this, ticks, call), 0); }
 
 }  // namespace orb::host

@@ -21,7 +21,20 @@ struct Parameter {
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
 };
 
-// One call: the images and the values. Nothing is owned.
+// A number that an operator finds out.
+struct Result {
+  std::string name;
+  std::string unit;
+  std::string help;
+};
+
+// One of any number of frames, with where it goes.
+struct PlacedFrame {
+  COrbImage* image = nullptr;
+  std::vector<double> values;  // one a frame parameter, in their order
+};
+
+// One call: the images and the values. No image is owned.
 struct Invocation {
   COrbImage* image = nullptr;   // the destination, of its final shape; for most operators a copy of the source
   COrbImage* source = nullptr;  // the image itself for a run in place
@@ -29,6 +42,8 @@ struct Invocation {
   std::vector<double> values;  // one a parameter, in their order
   CRect* rect = nullptr;       // null: the whole image
   int progress = 0;
+  std::vector<PlacedFrame> frames = {};    // of operators with frame parameters, one at least
+  std::vector<double>* results = nullptr;  // of operators with results: becomes one a result, in their order
 };
 
 // What the source must be like, seen from the image.
@@ -38,6 +53,7 @@ enum class SourceShape {
   kFrame,         // the same size, one plane or three: a calibration frame
   kColourToMono,  // the same size; source and image have three planes, and the image is left with one
   kAnyToColour,   // the same size; the image has one plane and is left with three
+  kAny,           // any size, one plane or three
 };
 
 // What is counted for progress. "Rows" are those of the rectangle, limited to the image.
@@ -47,12 +63,13 @@ enum class Units {
   kRowsTimesPlanes,
   kImageRows,
   kImageRowsTimesPlanes,
+  kSearch,  // a share of the positions of a search over "range", and of its sub-pixel stages with the flag "fine"
 };
 
 // Whether a run in bands gives the bits of one run.
 enum class Bands {
   kNone,
-  kRectangle,  // by a rectangle for each band
+  kRectangle,  // by a rectangle for each band: whole rows, where a call takes none
   kStrips,     // the operator takes no rectangle, but every row of every plane may be an image of its own
 };
 
@@ -60,6 +77,7 @@ enum class Bands {
 enum class Reports {
   kNever,
   kOnRequest,
+  kAlways,
   kAlwaysForBrightness,  // always where a colour image is taken as its brightness, whatever was asked for; else never
 };
 
@@ -82,8 +100,10 @@ struct OperatorEntry {
   std::vector<Parameter> parameters;
 
   SourceShape sourceShape = SourceShape::kSame;
-  std::string sourceName = "source";  // what messages call it: "source", "dark", "flat"
-  bool needsSecond = false;           // a second image, of any size
+  std::string sourceName = "source";       // what messages call it: "source", "dark", "flat"
+  bool needsSecond = false;                // a second image, of any size
+  std::vector<Parameter> frameParameters;  // of each frame; none: the operator takes no frames
+  std::vector<Result> results;             // the numbers that it finds out
   bool takesRectangle = true;
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
@@ -92,19 +112,22 @@ struct OperatorEntry {
   int message = 0;  // number of the progress text; 0: none
   Reports reports = Reports::kOnRequest;
   Units units = Units::kNone;  // what the run announces
-  Units ticks = Units::kNone;  // what it counts; more than it announces for one operator
+  // What it counts: more than it announces for one operator; kNone for a search, where it is not known before.
+  Units ticks = Units::kNone;
 
   Bands bands = Bands::kNone;
   int marginRows = 0;  // rows above and below its own that a row of the result needs of the source
 
   // What the ranges of single values cannot say; an empty text, or one line.
   std::string (*check)(Invocation const&) = nullptr;
-  // 1, or 0 for lack of memory. Only for calls that pass CheckInvocation.
+  // 1, or 0 for lack of memory or where the results do not exist; these are left empty then. Only for calls that pass
+  // CheckInvocation.
   int (*run)(Invocation const&) = nullptr;
 
   std::vector<double> Defaults() const;
   // Place of a parameter; -1 if there is none of that name.
   int Find(std::string const& parameter) const;
+  bool TakesFrames() const { return !frameParameters.empty(); }
   // Whether this call reports progress, and how much.
   bool DoesReport(Invocation const& call) const;
   int UnitsOf(Invocation const& call) const;

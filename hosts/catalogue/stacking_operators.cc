@@ -1,3 +1,4 @@
+#include <hosts/catalogue/check.h>
 #include <hosts/catalogue/rooms_internal.h>
 
 namespace orb::host {
@@ -11,6 +12,14 @@ constexpr int kOwnMessage = -1;
 // What both kinds of composite begin with.
 enum Place : std::size_t { kDx, kDy, kAngle, kLevels, kRatio, kMode, kClamp, kThreshold = kMode, kRadius };
 
+std::vector<Parameter> Placement(std::string const& what, double mostAngle) {
+  return {
+      Real("dx", "pixels", -kMostShift, kMostShift, 0.0, "shift of the " + what + " to the right"),
+      Real("dy", "pixels", -kMostShift, kMostShift, 0.0, "shift of the " + what + " downwards"),
+      Real("angle", "degrees", -mostAngle, mostAngle, 0.0, "rotation of the " + what + " about its standard centre"),
+  };
+}
+
 OperatorEntry OfTwoFrames(double mostAngle) {
   OperatorEntry entry;
   entry.sourceName = "first image";
@@ -19,12 +28,8 @@ OperatorEntry OfTwoFrames(double mostAngle) {
   entry.changes.samples = true;
   entry.message = 6107;
   entry.units = Units::kRows;
-  entry.parameters = {
-      Real("dx", "pixels", -kMostShift, kMostShift, 0.0, "shift of the second image to the right"),
-      Real("dy", "pixels", -kMostShift, kMostShift, 0.0, "shift of the second image downwards"),
-      Real("angle", "degrees", -mostAngle, mostAngle, 0.0, "rotation of the second image about its standard centre"),
-      Flag("levels", "work on the 256-scale of each image's levels, not on raw samples"),
-  };
+  entry.parameters = Placement("second image", mostAngle);
+  entry.parameters.push_back(Flag("levels", "work on the 256-scale of each image's levels, not on raw samples"));
   return entry;
 }
 
@@ -77,8 +82,72 @@ OperatorEntry Rejection() {
   return entry;
 }
 
+OperatorEntry Median() {
+  OperatorEntry entry;
+  entry.name = "median";
+  entry.title = "stacks any number of registered frames by the median of what they have at a pixel";
+  entry.sourceShape = SourceShape::kNone;
+  entry.frameParameters = Placement("frame", 360.0);
+  entry.takesRectangle = false;
+  entry.changes.samples = true;
+  entry.message = 6141;
+  entry.reports = Reports::kAlways;
+  entry.units = entry.ticks = Units::kImageRows;
+  entry.bands = Bands::kRectangle;
+  entry.run = [](Invocation const& call) {
+    Bounds const rows = ClampRect(call.rect, call.image->GetWidth(), call.image->GetHeight());
+    CImgMedianComposit median(call.image);
+    for (int y = rows.top; y < rows.bottom; ++y) {
+      for (PlacedFrame const& frame : call.frames) {
+        median.Store(frame.image, y, frame.values[kDx], frame.values[kDy], frame.values[kAngle]);
+      }
+      median.Calc();
+    }
+    return 1;
+  };
+  return entry;
+}
+
+OperatorEntry Match() {
+  enum MatchPlace : std::size_t { kX, kY, kRange, kFine };
+  OperatorEntry entry;
+  entry.name = "match";
+  entry.title = "finds the shift that lays another image over this one";
+  entry.sourceShape = SourceShape::kAny;
+  entry.sourceName = "other image";
+  entry.mayRunInPlace = true;
+  entry.takesRectangle = false;
+  entry.parameters = {
+      Real("dx", "pixels", -kMostShift, kMostShift, 0.0, "about how far the other image goes to the right"),
+      Real("dy", "pixels", -kMostShift, kMostShift, 0.0, "about how far the other image goes downwards"),
+      Integer("range", "pixels", 0, 1000, 32, "full width of the search around that shift, in both directions"),
+      Flag("fine", "go on to tenths of a pixel"),
+  };
+  entry.results = {
+      Result{"dx", "pixels", "shift of the other image to the right"},
+      Result{"dy", "pixels", "shift of the other image downwards"},
+  };
+  entry.message = 6152;
+  entry.units = Units::kSearch;
+  entry.check = [](Invocation const& call) {
+    std::string const wrong = CheckMean("image", *call.image);
+    return wrong.empty() ? CheckMean("other image", *call.source) : wrong;
+  };
+  entry.run = [](Invocation const& call) {
+    std::vector<double> const& v = call.values;
+    double x = v[kX];
+    double y = v[kY];
+    call.results->clear();
+    AsOperator<CImgMatching> image(call);
+    if (image->Do(image.Source(), &x, &y, static_cast<int>(v[kRange]), v[kFine] != 0.0, call.progress) == 0) return 0;
+    *call.results = {x, y};
+    return 1;
+  };
+  return entry;
+}
+
 }  // namespace
 
-std::vector<OperatorEntry> StackingOperators() { return {Composite(), Rejection()}; }
+std::vector<OperatorEntry> StackingOperators() { return {Composite(), Rejection(), Median(), Match()}; }
 
 }  // namespace orb::host

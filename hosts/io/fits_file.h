@@ -84,6 +84,9 @@ void ReadFits(std::string const& path, Frame& frame);
 // Writes CBLACK and CWHITE (levels of plane 0) with the samples, and one pair a plane (CBLACK2 ...) for colour.
 void WriteFits(std::string const& path, Frame const& frame, Existing existing);
 
+// Sets the levels of a plane from its own cards. False, and nothing changed, where they are missing or black is not
+// below white.
+bool SetLevelsFromCards(FitsHeader const& header, int plane, COrbImage& image);
 // Sets the level cards of a header to the levels of an image.
 void SetLevelCards(FitsHeader& header, COrbImage const& image);
 

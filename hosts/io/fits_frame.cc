@@ -14,14 +14,6 @@ std::string LevelKeyword(char const* stem, int plane) {
   return plane == 0 ? std::string(stem) : stem + std::to_string(plane + 1);
 }
 
-bool SetLevelsFromCards(FitsHeader const& header, int plane, COrbImage& image) {
-  auto const black = header.Number(LevelKeyword("CBLACK", plane));
-  auto const white = header.Number(LevelKeyword("CWHITE", plane));
-  if (!black || !white || !(*black < *white)) return false;
-  image.CImage::SetLevel(plane, *black, *white);
-  return true;
-}
-
 void SetLevelsFromSamples(COrbImage& image, int plane) {
   float smallest = std::numeric_limits<float>::infinity();
   float largest = -smallest;
@@ -64,6 +56,14 @@ void SetRecords(FitsReader const& reader, COrbImage& image) {
 }
 
 }  // namespace
+
+bool SetLevelsFromCards(FitsHeader const& header, int plane, COrbImage& image) {
+  auto const black = header.Number(LevelKeyword("CBLACK", plane));
+  auto const white = header.Number(LevelKeyword("CWHITE", plane));
+  if (!black || !white || !(*black < *white)) return false;
+  image.CImage::SetLevel(plane, *black, *white);
+  return true;
+}
 
 void ReadFits(std::string const& path, Frame& frame) {
   FitsReader reader(path);

@@ -26,9 +26,9 @@ ORB_ROW_KERNEL void LoadKeyRows(std::span<float const* const> samples, std::ptrd
   for (float const* const row : samples) {
     std::int32_t* const key = *rows++;
     float const* const from = row + begin;
-    if (count == kKeyColumns) {
+    if (count == kMedianColumns) {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kKeyColumns; ++x) key[x] = TurnBits(std::bit_cast<std::int32_t>(from[x]));
+      for (int x = 0; x < kMedianColumns; ++x) key[x] = TurnBits(std::bit_cast<std::int32_t>(from[x]));
     } else {
       ORB_COLUMNS_INDEPENDENT
       for (std::ptrdiff_t x = 0; x < count; ++x) key[x] = TurnBits(std::bit_cast<std::int32_t>(from[x]));
@@ -67,7 +67,7 @@ ORB_ROW_KERNEL void ExchangeRows(std::span<Exchange const> exchanges, KeyRow* ro
     KeyRow& b = rows[e.upper];
     if (e.kind == Exchange::kBoth) {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kKeyColumns; ++x) {
+      for (int x = 0; x < kMedianColumns; ++x) {
         std::int32_t const p = a[x];
         std::int32_t const q = b[x];
         a[x] = p < q ? p : q;
@@ -75,10 +75,10 @@ ORB_ROW_KERNEL void ExchangeRows(std::span<Exchange const> exchanges, KeyRow* ro
       }
     } else if (e.kind == Exchange::kSmaller) {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kKeyColumns; ++x) a[x] = std::min(a[x], b[x]);
+      for (int x = 0; x < kMedianColumns; ++x) a[x] = std::min(a[x], b[x]);
     } else {
       ORB_COLUMNS_INDEPENDENT
-      for (int x = 0; x < kKeyColumns; ++x) b[x] = std::max(a[x], b[x]);
+      for (int x = 0; x < kMedianColumns; ++x) b[x] = std::max(a[x], b[x]);
     }
   }
 }

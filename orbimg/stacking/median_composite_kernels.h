@@ -10,8 +10,8 @@
 namespace orb {
 
 // A block of keys has rows of this many columns: short enough for a stack of many frames to stay in the first cache.
-inline constexpr int kKeyColumns = 64;
-using KeyRow = std::int32_t[kKeyColumns];
+inline constexpr int kMedianColumns = 64;
+using KeyRow = std::int32_t[kMedianColumns];
 
 // Keys are the bits of a float, turned so that integers compare as the floats do: -0.0 before 0.0, not-a-number at the
 // ends.

@@ -36,7 +36,8 @@ class ORBIMG_API CImgAutoLevel : public COrbImage {
   //   otherwise:    white = range * high + min
   // Intended: every class counts one more than its pixels, so that empty stretches take a share too.
   // Intended: plane by plane, and on a mono image, the extremes are those of the whole plane, whatever the rectangle.
-  // Progress, message 6168, one unit a row, for brightness only.
+  // Progress, message 6168, one unit a row, for brightness only. Scratch memory: about 100 kB, and for brightness a row
+  // of doubles; the same for Get.
   void Do(double low, double high, int perPlane, CRect* rect);
 
   // The fractions at which the present levels of plane 0 stand, as Do counts them; close to what Do was given, as the

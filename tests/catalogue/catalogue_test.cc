@@ -18,7 +18,7 @@ TEST(Catalogue, HasEveryOperator) {
   for (OperatorEntry const& entry : Catalogue()) names.insert(entry.name);
   EXPECT_EQ(Catalogue().size(), names.size());
   EXPECT_EQ((std::set<std::string>{"invert", "dark", "flat", "clip", "gray", "colour", "minmax", "level-area",
-                                   "level-mean", "level-median", "composite", "rejection"}),
+                                   "level-mean", "level-median", "composite", "rejection", "median", "match"}),
             names);
 }
 
@@ -34,6 +34,19 @@ void ExpectSentence(std::string const& text) {
   EXPECT_EQ(std::tolower(static_cast<unsigned char>(text[0])), text[0]) << text;
 }
 
+void ExpectPresentable(std::vector<Parameter> const& parameters) {
+  std::set<std::string> names;
+  for (Parameter const& parameter : parameters) {
+    SCOPED_TRACE(parameter.name);
+    names.insert(parameter.name);
+    ExpectSentence(parameter.help);
+    EXPECT_LT(parameter.least, parameter.most);
+    EXPECT_EQ("", host::CheckValue(parameter, parameter.byDefault));
+    EXPECT_EQ(parameter.kind == Parameter::Kind::kChoice, !parameter.choices.empty());
+  }
+  EXPECT_EQ(parameters.size(), names.size());
+}
+
 TEST(Catalogue, EntriesArePresentable) {
   for (OperatorEntry const& entry : Catalogue()) {
     SCOPED_TRACE(entry.name);
@@ -44,19 +57,19 @@ TEST(Catalogue, EntriesArePresentable) {
       EXPECT_STRNE("", LoadString(entry.message));
     }
     EXPECT_EQ(entry.reports == host::Reports::kNever, entry.units == host::Units::kNone);
-    std::set<std::string> names;
-    for (Parameter const& parameter : entry.parameters) {
-      SCOPED_TRACE(parameter.name);
-      names.insert(parameter.name);
-      ExpectSentence(parameter.help);
-      EXPECT_LT(parameter.least, parameter.most);
-      EXPECT_EQ("", host::CheckValue(parameter, parameter.byDefault));
-      EXPECT_EQ(parameter.kind == Parameter::Kind::kChoice, !parameter.choices.empty());
+    ExpectPresentable(entry.parameters);
+    ExpectPresentable(entry.frameParameters);
+    for (host::Result const& result : entry.results) {
+      EXPECT_FALSE(result.name.empty());
+      ExpectSentence(result.help);
     }
-    EXPECT_EQ(entry.parameters.size(), names.size());
     EXPECT_EQ(entry.parameters.size(), entry.Defaults().size());
     if (entry.reports == host::Reports::kAlwaysForBrightness) {
       EXPECT_GE(entry.Find("per-plane"), 0);
+    }
+    if (entry.units == host::Units::kSearch) {
+      EXPECT_GE(entry.Find("range"), 0);
+      EXPECT_GE(entry.Find("fine"), 0);
     }
     if (entry.levelUse == host::LevelUse::kIfAsked) {
       EXPECT_GE(entry.Find("levels"), 0);

@@ -1,6 +1,7 @@
 // Calls of every operator of the catalogue, on random images.
 #pragma once
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -17,7 +18,7 @@ struct Way {
   host::OperatorEntry const* entry;
   int planes;
   int sourcePlanes;
-  int secondPlanes;
+  int secondPlanes;  // also of some frames
   std::vector<double> values;
   std::string name;
 };
@@ -32,7 +33,11 @@ class Trial {
         image(RandomImage(random, width, height, way.planes)),
         source(RandomImage(random, width, height, way.sourcePlanes)),
         second(RandomImage(random, width + 3, std::max(height - 1, 1), way.secondPlanes)) {
-    for (COrbImage* each : {&image, &source, &second}) {
+    if (entry.TakesFrames()) AddFrames(random, width, height, way.secondPlanes);
+    if (entry.sourceShape == host::SourceShape::kAny) {
+      source = RandomImage(random, width + 1, std::max(height - 2, 1), way.sourcePlanes);
+    }
+    for (COrbImage* each : Images()) {
       each->SetStdPt(0, CfPoint(1.5, 0.25));
       each->SetStdPt(1, CfPoint(width - 0.75, height - 0.5));
       each->SetStdCtr(width / 2.0, height / 2.0);
@@ -41,6 +46,7 @@ class Trial {
     if (entry.sourceShape != host::SourceShape::kNone) call.source = &source;
     if (entry.needsSecond) call.second = &second;
     call.values = way.values;
+    if (!entry.results.empty()) call.results = &results;
   }
   Trial(Trial const&) = delete;
   Trial& operator=(Trial const&) = delete;
@@ -48,12 +54,46 @@ class Trial {
   bool IsSound() const { return host::CheckInvocation(entry, call).empty(); }
   void Run() { EXPECT_EQ(1, entry.run(call)); }
 
+  // All but the image itself.
+  std::vector<COrbImage*> Inputs() {
+    std::vector<COrbImage*> inputs{&source, &second};
+    for (COrbImage& frame : frames) inputs.push_back(&frame);
+    return inputs;
+  }
+  std::vector<COrbImage*> Images() {
+    std::vector<COrbImage*> images = Inputs();
+    images.insert(images.begin(), &image);
+    return images;
+  }
+
   host::OperatorEntry const& entry;
   COrbImage image;
   COrbImage source;
   COrbImage second;
+  std::vector<COrbImage> frames;
+  std::vector<double> results;
   host::Invocation call;
+
+ private:
+  // As it is, shifted, turned, and partly off the image; every second one has `otherPlanes`.
+  void AddFrames(Random& random, int width, int height, int otherPlanes) {
+    std::vector<std::vector<double>> const placements = {
+        {0.0, 0.0, 0.0}, {1.25, -2.0, 0.0}, {-0.5, 0.75, 3.5}, {width / 2.0, height / 3.0, -40.0}};
+    for (std::size_t i = 0; i < placements.size(); ++i) {
+      int const more = static_cast<int>(i);
+      frames.push_back(
+          RandomImage(random, width + more, std::max(height - more, 1), i % 2 == 0 ? image.GetPlanes() : otherPlanes));
+    }
+    for (std::size_t i = 0; i < placements.size(); ++i) call.frames.push_back({&frames[i], placements[i]});
+  }
 };
+
+// What an operator leaves in its image and in its results.
+inline void ExpectSameOutcome(Trial const& expected, Trial const& actual) {
+  EXPECT_TRUE(SameBits(expected.image, actual.image));
+  EXPECT_TRUE(SameLevels(expected.image, actual.image));
+  EXPECT_EQ(expected.results, actual.results);
+}
 
 // Defaults, every choice, every flag, and values off the defaults.
 inline std::vector<std::vector<double>> ValueSets(host::OperatorEntry const& entry) {
@@ -64,7 +104,7 @@ inline std::vector<std::vector<double>> ValueSets(host::OperatorEntry const& ent
     host::Parameter const& parameter = entry.parameters[i];
     if (parameter.kind == Kind::kReal && parameter.unit == "pixels") moved[i] = i % 2 == 0 ? 1.25 : -2.0;
     if (parameter.kind == Kind::kReal && parameter.unit == "degrees") moved[i] = 3.5;
-    if (parameter.kind == Kind::kInteger) moved[i] = parameter.most;
+    if (parameter.kind == Kind::kInteger) moved[i] = std::min(parameter.most, 20.0);
   }
   if (moved != sets[0]) sets.push_back(moved);
   for (std::size_t i = 0; i < moved.size(); ++i) {
@@ -100,9 +140,10 @@ inline std::vector<Way> AllWays() {
       for (int sourcePlanes : {1, 3}) {
         for (int secondPlanes : {1, 3}) {
           SourceShape const shape = entry.sourceShape;
-          bool const mayDiffer = shape == SourceShape::kFrame || shape == SourceShape::kAnyToColour;
+          bool const mayDiffer =
+              shape == SourceShape::kFrame || shape == SourceShape::kAnyToColour || shape == SourceShape::kAny;
           if (!mayDiffer && sourcePlanes != planes) continue;
-          if (!entry.needsSecond && secondPlanes != 1) continue;
+          if (!entry.needsSecond && !entry.TakesFrames() && secondPlanes != 1) continue;
           if (shape == SourceShape::kColourToMono && planes != 3) continue;
           if (shape == SourceShape::kAnyToColour && planes != 1) continue;
           for (auto const& values : ValueSets(entry)) {

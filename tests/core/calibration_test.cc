@@ -79,6 +79,15 @@ TEST(Flat, SamplesAtOrBelowZeroLeaveThePixel) {
   EXPECT_EQ(14.0f * 3.0f, image.GetPixelGrayRaw(1, 1, 0));
 }
 
+TEST(Flat, MultipliesBeforeItDivides) {
+  // 21 * 8388617 / 7 is 25165851, half way between two floats; the quotient 8388617 / 7 would be rounded before.
+  COrbImage flat = ImageOf(2, 2, 1, {7, 8388610, 0, 0});
+  COrbImage image = ImageOf(2, 2, 1, {21, 1, 1, 1});
+  ASSERT_NE(25165852.0f, static_cast<float>(21.0 * (8388617.0 / 7.0)));
+  image.FlatClbrtn(&flat, 0);
+  EXPECT_EQ(25165852.0f, image.GetPixelGrayRaw(0, 0, 0));
+}
+
 TEST(Flat, MeanOfPlaneZeroServesAllPlanes) {
   COrbImage flat = ImageOf(2, 2, 3, {1, 1, 1, 1, 7, 7, 7, 7, 100, 100, 100, 100});
   COrbImage image = ImageOf(2, 2, 3, std::vector<float>(12, 700.0f));

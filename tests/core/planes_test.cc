@@ -125,6 +125,23 @@ TEST(ToGray, WorkedExample) {
   EXPECT_FLOAT_EQ(1500.0f, gray.GetPixelGrayRaw(0, 0, 0));
 }
 
+TEST(ToGray, SumsFromGreenOverBlueToRed) {
+  // Green and red nearly cancel, so that it shows which of the sums rounds the blue away.
+  COrbImage color(-32, 1, 1, 3, 1.0, 0.0, 1, nullptr, nullptr);
+  SetSamples(color, {-1, 1, 1});
+  color.CImage::SetLevel(0, 0.0, 1e-14 * 0.299 / 0.587);
+  color.CImage::SetLevel(1, 0.0, 1e-14);
+  color.CImage::SetLevel(2, 0.0, 29.07);
+  double const r = -1 / color.GetLevelRange(0) * 255.0 * 0.299;
+  double const g = 1 / color.GetLevelRange(1) * 255.0 * 0.587;
+  double const b = 1 / color.GetLevelRange(2) * 255.0 * 0.114;
+  ASSERT_NE(g + b + r, r + g + b);
+  COrbImage gray(color);
+  ASSERT_EQ(1, gray.ToGray(&color, 0));
+  double const raw = color.GetLevelRange(0) * (g + b + r) * 0.00392156862745098;
+  EXPECT_EQ(static_cast<float>(raw), gray.GetPixelGrayRaw(0, 0, 0));
+}
+
 TEST(ToGray, EqualsThePlainFormulaEverywhere) {
   Random random(7);
   for (int width : {1, 2, 7, 16, 33, 40}) {

@@ -106,6 +106,29 @@ TEST(Histogram, BrightnessUsesLevelsThatWereRoundedToFloats) {
   EXPECT_EQ((std::vector<int>{1, 0}), HistogramOf(image, 2, 0.7, 1.7, -1));
 }
 
+TEST(Histogram, BrightnessUsesScalesThatWereRoundedToFloats) {
+  // 255 / 7 as a float lies below 255 / 7: the brightness of 7 is 254.99998856, and 255 with the scale in double.
+  COrbImage image = ImageOf(1, 1, 3, {7.0f, 7.0f, 7.0f});
+  for (int p = 0; p < 3; ++p) image.CImage::SetLevel(p, 0.0, 7.0);
+  EXPECT_EQ((std::vector<int>{0, 0}), HistogramOf(image, 2, 6.9999998, 7.1, -1));
+  EXPECT_EQ((std::vector<int>{1, 0}), HistogramOf(image, 2, 6.9999996, 7.1, -1));
+}
+
+TEST(Histogram, BrightnessIsSummedFromGreenOverBlueToRed) {
+  // 11.376 in that order, just below it when red comes first; the bound is 11.376.
+  COrbImage image = ImageOf(1, 1, 3, {11.0f, 13.0f, 4.0f});
+  ASSERT_LT(0.299 * 11.0 + 0.587 * 13.0 + 0.114 * 4.0, 11.376);
+  EXPECT_EQ((std::vector<int>{1, 0}), HistogramOf(image, 2, 11.376, 255.0, -1));
+}
+
+TEST(Histogram, ClassDividesBeforeItMultiplies) {
+  // 58 / 100 * 50 is just below 29, while 58 * 50 / 100 is 29.
+  COrbImage image = ImageOf(1, 1, 1, {58.0f});
+  std::vector<int> const hist = HistogramOf(image, 50, 0.0, 100.0, 0);
+  EXPECT_EQ(1, hist[28]);
+  EXPECT_EQ(0, hist[29]);
+}
+
 TEST(Histogram, EqualsThePlainCountEverywhere) {
   Random random(2);
   for (int planes : {1, 3}) {

@@ -326,6 +326,18 @@ TEST(RejectionComposite, LevelsOfPlaneZeroServeEveryPlane) {
   EXPECT_NEAR(2 * 300.0 / 30000.0 * 255.0, dst.GetPixelGrayRaw(4, 4, 2), 1e-4);
 }
 
+// Intended: a window's position in the second frame is x + tap + sx - x, where sums round; tap + sx alone would not.
+TEST(RejectionComposite, WindowPositionsRoundWithTheColumnAdded) {
+  COrbImage first = Flat(14.0f, 12);
+  COrbImage second = Flat(12.0f, 12);
+  second.SetPixelGrayRaw(4, 4, 200.0f, 0);
+  CompositeArguments c = Reject(1);
+  // Column 5 lies a hair left of 2.5: 6 + 2.4999999999999996 is 8.5, so that the window ends with column 4, not 3.
+  c.dx = 2.5000000000000004;
+  EXPECT_EQ(14.0f, Joined(first, second, c).GetPixelGrayRaw(5, 4, 0));
+  EXPECT_EQ(12.0f, Joined(first, second, c).GetPixelGrayRaw(4, 4, 0));
+}
+
 TEST(RejectionComposite, PlanesAreChosenIndependently) {
   COrbImage first = Flat(100.0f, 9, 3);
   COrbImage second = Flat(60.0f, 9, 3);

@@ -87,6 +87,16 @@ TEST(AutoLevel, EveryClassCountsOneMoreThanItsPixels) {
   EXPECT_EQ((1000 + 1) * 5000.0 * 0.0002, image.GetLevelMax(0));
 }
 
+TEST(AutoLevel, WhiteTakesItsTargetFromOneMinusHigh) {
+  // (1 - 0.9) * 10000 is just below 1000, truncated 999, while 10000 - 10000 * 0.9 is 1000.
+  std::vector<float> samples(5000, 0.0f);
+  samples.back() = 5000.0f;
+  CImgAutoLevel image = MonoOf(100, 50, samples);
+  image.Do(0.0, 0.9, 0, nullptr);
+  // The last class brings 2 and every class before it one: class 4001 makes it 1000.
+  EXPECT_EQ((4001 + 1) * 5000.0 * 0.0002, image.GetLevelMax(0));
+}
+
 TEST(AutoLevel, OnMonoPerPlaneMakesNoDifference) {
   Random random(2);
   CImgAutoLevel a = AutoLevelOf(RandomImage(random, 31, 17, 1));
@@ -241,6 +251,19 @@ TEST(AutoLevelGet, AddsAClassBeforeItsTest) {
   // Classes 0 .. 1001: 5001 and 1001 ones.
   EXPECT_EQ((5001.0 + 1001.0) / 10001.0, low);
   // Classes 4999 .. 3999: 2 and 1000 ones, less the one of class 3998.
+  EXPECT_EQ(1.0 - (2.0 + 1000.0 - 1.0) / 10001.0, high);
+}
+
+TEST(AutoLevelGet, ALevelOnTheEdgeOfAClassIsNotPassedByIt) {
+  std::vector<float> samples(5001, 0.0f);
+  samples.back() = 5000.0f;
+  CImgAutoLevel image = MonoOf(3, 1667, samples);
+  image.CImage::SetLevel(0, 1000 * 5000.0 * 0.0002, 4000 * 5000.0 * 0.0002);
+  double low = -1.0;
+  double high = -1.0;
+  image.Get(low, high, nullptr);
+  // Class 1001 is the first above the lower level, class 3999 the first below the upper one.
+  EXPECT_EQ((5001.0 + 1001.0) / 10001.0, low);
   EXPECT_EQ(1.0 - (2.0 + 1000.0 - 1.0) / 10001.0, high);
 }
 
@@ -408,6 +431,22 @@ TEST(AutoLevelByMedian, EqualsTheFullSort) {
             }
           }
         }
+      }
+    }
+  }
+}
+
+TEST(AutoLevelByMedian, EqualsThePlainFormulaUpToTheOrderOfTheSum) {
+  Random random(17);
+  for (int planes : {1, 3}) {
+    COrbImage const src = RandomImage(random, 40, 30, planes);
+    for (RectCase& c : RectCases(40, 30)) {
+      for (int perPlane : {0, 1}) {
+        COrbImage expected(src);
+        reference::AutoLevelByMedian(expected, 0.7, 2.5, perPlane, c.Pointer(), 0.0);
+        CImgAutoLevel found = AutoLevelOf(src);
+        found.DoByMedian(0.7, 2.5, perPlane, c.Pointer(), 0.0);
+        ExpectCloseLevels(expected, found, c.name);
       }
     }
   }

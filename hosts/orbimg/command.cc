@@ -1,0 +1,93 @@
+#include <hosts/orbimg/command.h>
+
+#include <algorithm>
+#include <exception>
+#include <filesystem>
+#include <new>
+#include <ostream>
+
+#include <fmt/format.h>
+
+namespace orb::host {
+namespace {
+
+constexpr char kDescription[] = "Calibrates, aligns, stacks, levels and renders astronomical photographs";
+
+std::string OneLine(std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
+
+void AddSubcommands(CLI::App& app, CommandContext& context) {
+  AddInfoCommand(app, context);
+  AddCalibrateCommand(app, context);
+  AddStarsCommand(app, context);
+  AddAlignCommand(app, context);
+  AddStackCommand(app, context);
+  AddLevelCommand(app, context);
+  AddRenderCommand(app, context);
+  AddSimulateCommand(app, context);
+  AddDemoCommand(app, context);
+}
+
+std::string ChosenName(CLI::App const& app) {
+  auto const chosen = app.get_subcommands();
+  return chosen.empty() ? app.get_name() : app.get_name() + " " + chosen.front()->get_name();
+}
+
+// The first argument, if it is meant as a subcommand and is none.
+std::string FindUnknownSubcommand(CLI::App const& app, std::vector<std::string> const& arguments) {
+  if (arguments.empty() || arguments.front().starts_with('-')) return {};
+  auto const isMeant = [&](CLI::App const* command) { return command->check_name(arguments.front()); };
+  return app.get_subcommands(isMeant).empty() ? arguments.front() : std::string();
+}
+
+Exit Parse(CLI::App& app, std::vector<std::string> arguments, CommandContext& context) {
+  if (std::string const unknown = FindUnknownSubcommand(app, arguments); !unknown.empty()) {
+    context.err << fmt::format("orbimg: {}: is no subcommand; see orbimg --help\n", unknown);
+    return Exit::kUsage;
+  }
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    app.parse(std::move(arguments));
+  } catch (CLI::Success const& asked) {
+    app.exit(asked, context.out, context.err);
+    return Exit::kDone;
+  } catch (CLI::ParseError const& error) {
+    std::string const name = ChosenName(app);
+    context.err << fmt::format("{}: {}; see {} --help\n", name, OneLine(error.what()), name);
+    return Exit::kUsage;
+  }
+  return Exit::kDone;
+}
+
+Exit Fail(CommandContext& context, Exit status, std::string const& line) {
+  context.err << "orbimg: " << OneLine(line) << '\n';
+  return status;
+}
+
+}  // namespace
+
+Exit RunCommand(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err) {
+  CommandContext context{out, err, {}};
+  try {
+    CLI::App app(kDescription, "orbimg");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "orbimg " ORBIMG_VERSION, "Print the version");
+    AddSubcommands(app, context);
+    if (Exit const parsed = Parse(app, arguments, context); parsed != Exit::kDone) return parsed;
+    if (context.run) context.run();
+    return out.flush() ? Exit::kDone : Fail(context, Exit::kOutput, "standard output: cannot be written to");
+  } catch (HostError const& error) {
+    return Fail(context, error.Status(), error.what());
+  } catch (std::bad_alloc const&) {
+    return Fail(context, Exit::kResources, "not enough memory; close other programs or give a lower --memory");
+  } catch (std::filesystem::filesystem_error const& error) {
+    return Fail(context, Exit::kFailed, error.what());
+  } catch (std::exception const& error) {
+    return Fail(context, Exit::kFailed, error.what());
+  }
+}
+
+}  // namespace orb::host

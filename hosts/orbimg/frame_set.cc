@@ -1,0 +1,52 @@
+#include <hosts/orbimg/frame_set.h>
+
+#include <fmt/format.h>
+#include <hosts/io/host_error.h>
+
+namespace orb::host {
+
+ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind) {
+  ReaderList readers;
+  for (std::string const& file : files) {
+    readers.push_back(std::make_shared<FitsReader>(file));
+    FitsReader const& first = *readers.front();
+    Shape const shape = readers.back()->Shape();
+    if (shape == first.Shape()) continue;
+    throw HostError(Exit::kUsage, fmt::format("{}: is {}, but {} is {}; give {} of one shape", file, shape.Text(),
+                                              first.Path(), first.Shape().Text(), kind));
+  }
+  return readers;
+}
+
+void CheckFitsLights(FitsReader const& calibration, std::string const& kind, FitsReader const& light) {
+  Shape const own = calibration.Shape();
+  Shape const wanted = light.Shape();
+  bool const fits =
+      own.width == wanted.width && own.height == wanted.height && (own.planes == 1 || own.planes == wanted.planes);
+  if (fits) return;
+  throw HostError(Exit::kUsage,
+                  fmt::format("{}: is {}, but the light {} is {}; give a {} of the same camera and window",
+                              calibration.Path(), own.Text(), light.Path(), wanted.Text(), kind));
+}
+
+std::int64_t ReadSamples(FitsReader& reader, COrbImage& image) {
+  Shape const shape = reader.Shape();
+  COrbImage fresh(-32, shape.width, shape.height, shape.planes, 1.0, 0.0, 1, nullptr, nullptr);
+  std::int64_t const before = reader.NonFinite();
+  for (int p = 0; p < shape.planes; ++p) reader.ReadRows(p, 0, shape.height, fresh.GetImageAdr(0, 0, p, 0, nullptr));
+  image.Swap(&fresh);
+  return reader.NonFinite() - before;
+}
+
+void WarnOfNonFinite(Environment& environment, FitsReader const& reader, std::int64_t count,
+                     std::string const& consequence) {
+  if (count == 0) return;
+  environment.Warn(
+      fmt::format("{}: {} samples are not finite {}; repair the frame", reader.Path(), count, consequence));
+}
+
+std::int64_t BytesOf(Shape const& shape) {
+  return std::int64_t{sizeof(float)} * shape.width * shape.height * shape.planes;
+}
+
+}  // namespace orb::host

@@ -1,0 +1,32 @@
+// Frames that belong together: opened once, of one shape.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <hosts/io/fits_file.h>
+#include <hosts/orbimg/environment.h>
+
+namespace orb::host {
+
+using ReaderList = std::vector<std::shared_ptr<FitsReader>>;
+
+// Opens every file. HostError where one cannot be read, or has another shape than the first; `kind` says what they are
+// ("frames", "darks").
+ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind);
+
+// HostError where calibration frames do not fit lights: another size, or colour for mono.
+void CheckFitsLights(FitsReader const& calibration, std::string const& kind, FitsReader const& light);
+
+// Reads all samples into an image of floats. Returns how many are not finite.
+std::int64_t ReadSamples(FitsReader& reader, COrbImage& image);
+
+// A warning of samples that are not finite, if there are any; `consequence` says what becomes of them.
+void WarnOfNonFinite(Environment& environment, FitsReader const& reader, std::int64_t count,
+                     std::string const& consequence);
+
+std::int64_t BytesOf(Shape const& shape);  // as floats
+
+}  // namespace orb::host

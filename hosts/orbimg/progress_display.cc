@@ -1,0 +1,64 @@
+#include <hosts/orbimg/progress_display.h>
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace orb::host {
+namespace {
+constexpr int kBarWidth = 30;     // characters
+constexpr int kPercentOfBar = 1;  // the bar is redrawn at every percent
+constexpr int kPercentOfLine = 25;
+}  // namespace
+
+void ProgressDisplay::Start(std::string const& text, std::int64_t units) {
+  std::lock_guard const lock(mutex);
+  label = text;
+  total = units;
+  done = 0;
+  shown = -1;
+  Show();
+}
+
+void ProgressDisplay::Advance(std::int64_t n) {
+  std::lock_guard const lock(mutex);
+  done += n;
+  Show();
+}
+
+void ProgressDisplay::End() {
+  std::lock_guard const lock(mutex);
+  ClearBar();
+  label.clear();
+  shown = -1;
+}
+
+void ProgressDisplay::PrintLine(std::string const& line) {
+  std::lock_guard const lock(mutex);
+  ClearBar();
+  err << line << '\n' << std::flush;
+  if (style == Style::kBar && !label.empty()) {
+    shown = -1;
+    Show();
+  }
+}
+
+void ProgressDisplay::Show() {
+  if (style == Style::kNone || label.empty()) return;
+  int const percent = total > 0 ? static_cast<int>(std::clamp<std::int64_t>(done * 100 / total, 0, 100)) : 100;
+  int const step = percent / (style == Style::kBar ? kPercentOfBar : kPercentOfLine);
+  if (step == shown) return;
+  shown = step;
+  if (style == Style::kLines) {
+    err << fmt::format("{} {} %\n", label, percent) << std::flush;
+    return;
+  }
+  std::string const bar(static_cast<std::size_t>(percent * kBarWidth / 100), '#');
+  err << fmt::format("\r\033[K{} [{:<{}}] {:3} %", label, bar, kBarWidth, percent) << std::flush;
+}
+
+void ProgressDisplay::ClearBar() {
+  if (style == Style::kBar && shown >= 0) err << "\r\033[K" << std::flush;
+}
+
+}  // namespace orb::host

@@ -1,0 +1,133 @@
+// orbimg stack: many frames into one.
+#include <algorithm>
+#include <memory>
+
+#include <fmt/format.h>
+#include <hosts/orbimg/command.h>
+#include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/output_check.h>
+#include <hosts/orbimg/preview.h>
+#include <hosts/orbimg/stack_job.h>
+
+namespace orb::host {
+namespace {
+
+struct StackOptions {
+  std::vector<std::string> inputs;
+  std::string mode = "median";
+  double ratio = 0.5;
+  bool ratioGiven = false;
+  StackParameters parameters;
+  std::string scale = "raw";
+  std::string output;
+  std::string preview;
+  CommonOptions common;
+};
+
+// The reference first, its transform being that of a frame that moves nothing.
+std::vector<AlignedFrame> FromAlignment(std::string const& path) {
+  AlignmentList list = ReadAlignment(path);
+  auto const reference = std::find_if(list.frames.begin(), list.frames.end(),
+                                      [&](AlignedFrame const& frame) { return frame.file == list.reference; });
+  if (reference == list.frames.end()) {
+    throw HostError(Exit::kInput,
+                    fmt::format("{}: its reference {} is not among its frames; align again", path, list.reference));
+  }
+  reference->transform.dx = reference->transform.dy = reference->transform.angle = 0.0;
+  std::rotate(list.frames.begin(), reference, reference + 1);
+  return list.frames;
+}
+
+std::vector<AlignedFrame> CollectFrames(StackOptions const& options, StackMode const& mode) {
+  auto const isAlignment = [](std::string const& file) { return EndingOf(file) == ".json"; };
+  if (std::any_of(options.inputs.begin(), options.inputs.end(), isAlignment)) {
+    if (options.inputs.size() == 1) return FromAlignment(options.inputs.front());
+    throw HostError(Exit::kUsage, "stack: an alignment file stands alone; give it or the frames, not both");
+  }
+  std::vector<AlignedFrame> frames;
+  for (std::string const& file :
+       ExpandFiles(options.inputs, mode.orderMatters ? FileOrder::kAsGiven : FileOrder::kNatural)) {
+    frames.push_back(AlignedFrame{file, {}, "none", 0, 0.0});
+  }
+  return frames;
+}
+
+StackParameters MakeParameters(StackOptions const& options) {
+  StackParameters parameters = options.parameters;
+  parameters.mode = &FindStackMode(options.mode);
+  // Half and half for a weighted mean; for a rejection the frames count as equally bright.
+  parameters.ratio = options.ratioGiven || !parameters.IsRejection() ? options.ratio : 1.0;
+  parameters.on256 = options.scale == "256";
+  if (parameters.on256 && parameters.equalSky) {
+    throw HostError(Exit::kUsage, "--equal-sky: works on raw samples; leave out --scale 256");
+  }
+  if (parameters.on256 && (parameters.IsMedian() || parameters.IsAverage())) {
+    throw HostError(Exit::kUsage, fmt::format("--scale: {} works on raw samples; leave out --scale 256", options.mode));
+  }
+  return parameters;
+}
+
+void RunStack(StackOptions const& options, CommandContext& context) {
+  StackJob job;
+  job.parameters = MakeParameters(options);
+  job.frames = CollectFrames(options, *job.parameters.mode);
+  job.output = options.output;
+  if (job.frames.size() < 2) {
+    throw HostError(Exit::kUsage, fmt::format("stack: {} frame is no stack; give two or more", job.frames.size()));
+  }
+  Environment environment(context.out, context.err, options.common);
+  if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
+  StackToFile(job, environment);
+  if (!options.preview.empty()) WritePreview(job.output, options.preview, environment.existing);
+}
+
+std::string ModeHelp() {
+  std::string help = "How the frames are joined (default: median):";
+  for (StackMode const& mode : StackModes()) help += fmt::format("\n  {}: {}", mode.name, mode.help);
+  return help;
+}
+
+std::vector<std::string> ModeNames() {
+  std::vector<std::string> names;
+  for (StackMode const& mode : StackModes()) names.emplace_back(mode.name);
+  return names;
+}
+
+void AddModeOptions(CLI::App& command, std::shared_ptr<StackOptions> const& options) {
+  StackParameters& parameters = options->parameters;
+  command.add_option("--mode", options->mode, ModeHelp())->check(CLI::IsMember(ModeNames()));
+  command
+      .add_option("--ratio", options->ratio,
+                  "weighted: weight of each further frame (default: 0.5); rejection: "
+                  "factor on each further frame (default: 1)")
+      ->each([options](std::string const&) { options->ratioGiven = true; })
+      ->check(NumberBetween(-1e6, 1e6));
+  command.add_flag("--clamp", parameters.clamp, "subtract: differences below 0 become 0");
+  command
+      .add_option("--threshold", parameters.threshold,
+                  "rejection: fraction of the brightest sample above which a pixel is bright (default: 0.95)")
+      ->check(NumberBetween(0.0, 1.0));
+  command.add_option("--radius", parameters.radius, "rejection: half size of the window, 0 to 2 pixels (default: 0)")
+      ->check(CLI::Range(0, 2));
+  command.add_flag("--equal-sky", parameters.equalSky,
+                   "First add to each frame what brings its median to that of the first; raw scale only");
+  command
+      .add_option("--scale", options->scale,
+                  "Join raw samples, or 256 for the scale of each frame's levels (default: raw)")
+      ->check(CLI::IsMember({"raw", "256"}));
+}
+
+}  // namespace
+
+void AddStackCommand(CLI::App& app, CommandContext& context) {
+  auto options = std::make_shared<StackOptions>();
+  CLI::App* command = app.add_subcommand("stack", "Join frames into one");
+  command->add_option("frames", options->inputs, "An alignment file (.json), or FITS files that lie alike")->required();
+  AddModeOptions(*command, options);
+  command->add_option("-o,--output", options->output, "FITS file for the stack")->required();
+  command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
+  AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = true});
+  command->callback([options, &context] { context.run = [options, &context] { RunStack(*options, context); }; });
+}
+
+}  // namespace orb::host
