@@ -21,23 +21,26 @@ constexpr int kSize = 4096;
 constexpr int kFrames = 20;
 constexpr std::size_t kPixels = static_cast<std::size_t>(kSize) * kSize;
 
-// The frames of a stack in one block, as an array library wants them, and as images over that block.
+// The frames of a stack: each an image of its own, as a program holds them that has read them one by one.
 class Frames {
  public:
-  Frames() : samples(kFrames * kPixels) {
-    for (std::size_t i = 0; i < kFrames; ++i) {
-      float* const plane = &samples[i * kPixels];
-      COrbImage const sky = SkyImage(kSize, kSize, 1, static_cast<std::uint32_t>(i + 1));
-      std::copy_n(sky.GetImageAdr(0, 0, 0, 1, nullptr), kPixels, plane);
-      images.push_back(std::make_unique<COrbImage>());
-      orb::WrapSamples(*images.back(), plane, kSize, kSize, 1);
+  Frames() {
+    for (int i = 0; i < kFrames; ++i) {
+      images.push_back(std::make_unique<COrbImage>(SkyImage(kSize, kSize, 1, static_cast<std::uint32_t>(i + 1))));
     }
   }
-  float* Samples() { return samples.data(); }
   COrbImage& Image(int i) { return *images[static_cast<std::size_t>(i)]; }
 
+  // The same samples in one block, as an array library wants them.
+  std::vector<float> Block() {
+    std::vector<float> samples(kFrames * kPixels);
+    for (int i = 0; i < kFrames; ++i) {
+      std::copy_n(Image(i).GetImageAdr(0, 0, 0, 1, nullptr), kPixels, &samples[static_cast<std::size_t>(i) * kPixels]);
+    }
+    return samples;
+  }
+
  private:
-  std::vector<float> samples;
   std::vector<std::unique_ptr<COrbImage>> images;
 };
 
@@ -65,9 +68,10 @@ COrbImage Destination() { return SkyImage(kSize, kSize, 1); }
 
 ORB_COMPARISONS(median_whole) {
   Frames frames;
+  std::vector<float> block = frames.Block();
   COrbImage destination = Destination();
   orb::bench::Python python("import bottleneck");
-  python.SetFloats("frames", frames.Samples(), {kFrames, kSize, kSize});
+  python.SetFloats("frames", block.data(), {kFrames, kSize, kSize});
   runner.Compare(
       "CImgMedianComposit, 20 frames, whole shifts", 0.10, "bottleneck.nanmedian(frames, axis=0)",
       [&] { StackMedian(frames, WholeShift, destination); },
