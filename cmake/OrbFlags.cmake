@@ -27,7 +27,7 @@ if(ORBIMG_WERROR)
   target_compile_options(orb_flags INTERFACE -Werror)
 endif()
 if(ORBIMG_SANITIZE)
-  add_compile_options(-fsanitize=${ORBIMG_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g)
+  add_compile_options(-fsanitize=${ORBIMG_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -g1)
   add_link_options(-fsanitize=${ORBIMG_SANITIZE})
 endif()
 
