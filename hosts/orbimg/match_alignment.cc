@@ -23,7 +23,7 @@ class QuadraticSurface {
     double const yy = static_cast<double>(y) * y;
     n += 1.0;
     sumXX += xx;
-    sumXXXX += xx * xx;
+    sumX4 += xx * xx;
     sumXXYY += xx * yy;
     f += value;
     fx += value * x;
@@ -36,7 +36,7 @@ class QuadraticSurface {
   // Where the gradient is 0; nothing unless that is a minimum.
   std::optional<Position> Minimum() const {
     double const meanXX = sumXX / n;
-    double const spread = sumXXXX - n * meanXX * meanXX;
+    double const spread = sumX4 - n * meanXX * meanXX;
     double const b = fx / sumXX;
     double const c = fy / sumXX;
     double const d = (fxx - meanXX * f) / spread;
@@ -50,7 +50,7 @@ class QuadraticSurface {
  private:
   double n = 0.0;
   double sumXX = 0.0;  // the grid is square: the same for y
-  double sumXXXX = 0.0;
+  double sumX4 = 0.0;
   double sumXXYY = 0.0;
   double f = 0.0;
   double fx = 0.0;
