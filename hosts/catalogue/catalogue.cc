@@ -9,7 +9,8 @@ namespace orb::host {
 std::vector<OperatorEntry> const& Catalogue() {
   static std::vector<OperatorEntry> const all = [] {
     std::vector<OperatorEntry> entries;
-    for (auto room : {CoreOperators, ToneOperators, StackingOperators}) {
+    for (auto room : {CoreOperators, ToneOperators, PointOperators, StackingOperators, ChannelOperators, LabOperators,
+                      FilterOperators, RankFilterOperators, StarFilterOperators}) {
       std::vector<OperatorEntry> ofRoom = room();
       entries.insert(entries.end(), std::make_move_iterator(ofRoom.begin()), std::make_move_iterator(ofRoom.end()));
     }

@@ -11,6 +11,12 @@ namespace orb::host {
 std::vector<OperatorEntry> CoreOperators();
 std::vector<OperatorEntry> ToneOperators();
 std::vector<OperatorEntry> StackingOperators();
+std::vector<OperatorEntry> PointOperators();
+std::vector<OperatorEntry> LabOperators();
+std::vector<OperatorEntry> ChannelOperators();
+std::vector<OperatorEntry> FilterOperators();
+std::vector<OperatorEntry> RankFilterOperators();
+std::vector<OperatorEntry> StarFilterOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>
