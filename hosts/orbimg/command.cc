@@ -43,7 +43,9 @@ std::string FindUnknownSubcommand(CLI::App const& app, std::vector<std::string> 
   CLI::App const* command = &app;
   std::string name;
   for (std::string const& argument : arguments) {
-    if (command->get_require_subcommand_max() == 0 || argument.starts_with('-')) break;
+    auto const isNamed = [](CLI::App const* one) { return !one->get_name().empty(); };  // groups of options are not
+    bool const isLeaf = command->get_subcommands(isNamed).empty();
+    if (isLeaf || argument.starts_with('-')) break;
     auto const isMeant = [&](CLI::App const* one) { return one->check_name(argument); };
     auto const meant = command->get_subcommands(isMeant);
     if (meant.empty()) {

@@ -75,7 +75,7 @@ bool TakesSourceFile(OperatorEntry const& entry) {
 void RunChecked(OperatorEntry const& entry, Invocation call, std::string const& file, Environment& environment) {
   std::string const wrong = CheckInvocation(entry, call);
   if (!wrong.empty()) throw HostError(Exit::kUsage, fmt::format("{}: {}", file, wrong));
-  OperatorProgress progress(environment.progress, Capitalised(entry.title));
+  OperatorProgress progress(environment.progress, Capitalised(entry.name));
   call.image->SetProgressHandle(&progress);
   int const result = RunInBands(entry, call, environment.threads);
   call.image->SetProgressHandle(nullptr);
