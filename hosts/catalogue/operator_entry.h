@@ -97,6 +97,9 @@ struct Changes {
 struct OperatorEntry {
   std::string name;   // as on a command line: "invert"
   std::string title;  // one line
+  // The subcommand of the program that offers it by its name: "apply", "filter" ...; empty where a subcommand of its
+  // own does, or none. Empty in a room that has a group (see catalogue.cc) stands for that group.
+  std::string group;
   std::vector<Parameter> parameters;
 
   SourceShape sourceShape = SourceShape::kSame;

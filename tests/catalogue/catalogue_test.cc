@@ -27,6 +27,17 @@ TEST(Catalogue, FindsByName) {
   EXPECT_EQ(nullptr, host::FindOperator("no such"));
 }
 
+TEST(Catalogue, GroupsHoldTheEntriesThatNameThem) {
+  std::set<std::string> names;
+  for (OperatorEntry const* entry : host::OperatorsOf("apply")) {
+    EXPECT_EQ("apply", entry->group);
+    names.insert(entry->name);
+  }
+  EXPECT_TRUE(names.contains("invert"));
+  EXPECT_FALSE(names.contains("match"));
+  EXPECT_TRUE(host::OperatorsOf("no such").empty());
+}
+
 void ExpectSentence(std::string const& text) {
   ASSERT_FALSE(text.empty());
   EXPECT_EQ(std::string::npos, text.find('\n')) << text;
