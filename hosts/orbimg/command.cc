@@ -28,6 +28,9 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
   AddOperatorCommands(app, context);
+  AddComposeCommand(app, context);
+  AddMosaicCommand(app, context);
+  AddSplitCommand(app, context);
   AddSimulateCommand(app, context);
   AddDemoCommand(app, context);
 }

@@ -6,7 +6,6 @@
 #include <hosts/catalogue/band_runner.h>
 #include <hosts/catalogue/check.h>
 #include <hosts/io/host_error.h>
-#include <hosts/orbimg/frame_set.h>
 #include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/interrupt.h>
 #include <hosts/orbimg/operator_options.h>
@@ -16,31 +15,26 @@
 namespace orb::host {
 namespace {
 
-void ReadFrame(std::string const& path, Frame& frame, Environment& environment) {
-  ReadImage(path, frame);
-  WarnOfNonFinite(environment, path, frame.nonFinite, kGoIntoResult);
-}
-
 // The images of a call, the result being that of the first frame.
 class CallImages {
  public:
   CallImages(OperatorJob const& job, Frame& frame, Environment& environment) {
     OperatorEntry const& entry = *job.entry;
-    ReadFrame(job.input, frame, environment);
+    ReadForWork(job.input, frame, environment);
     call.image = &frame.image;
     call.progress = 1;
     call.values = job.values;
     rect = MakeRect(job.rect, frame.image);
     call.rect = rect ? &*rect : nullptr;
     if (TakesSourceFile(entry)) {
-      ReadFrame(job.source, source, environment);
+      ReadForWork(job.source, source, environment);
       call.source = &source.image;
     } else if (entry.sourceShape != SourceShape::kNone) {
       if (!entry.mayRunInPlace) source.image = frame.image;
       call.source = entry.mayRunInPlace ? &frame.image : &source.image;
     }
     if (entry.needsSecond) {
-      ReadFrame(job.second, second, environment);
+      ReadForWork(job.second, second, environment);
       call.second = &second.image;
     }
   }

@@ -1,5 +1,6 @@
 #include <hosts/orbimg/operator_options.h>
 
+#include <algorithm>
 #include <cctype>
 
 #include <fmt/format.h>
@@ -56,8 +57,10 @@ std::string Capitalised(std::string text) {
   return text;
 }
 
-void AddParameterOptions(CLI::App& command, std::vector<Parameter> const& parameters, std::vector<double>& values) {
+void AddParameterOptions(CLI::App& command, std::vector<Parameter> const& parameters, std::vector<double>& values,
+                         std::vector<std::string> const& leftOut) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {
+    if (std::find(leftOut.begin(), leftOut.end(), parameters[i].name) != leftOut.end()) continue;
     switch (parameters[i].kind) {
       case Parameter::Kind::kFlag:
         AddFlag(command, parameters[i], values[i]);
