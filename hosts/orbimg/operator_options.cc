@@ -47,7 +47,7 @@ void AddChoice(CLI::App& command, Parameter const& parameter, double& value) {
       .add_option_function<std::string>("--" + parameter.name, choose,
                                         fmt::format("{} (default: {})", Capitalised(parameter.help), byDefault))
       ->check(CLI::IsMember(parameter.choices))
-      ->type_name("");
+      ->type_name("NAME");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <vector>
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
@@ -24,6 +25,16 @@ bool IsSameFile(std::string const& a, std::string const& b) {
                               file, reference, reason));
 }
 
+// The stars that may lie in the other image as well, this one lying dx, dy (pixels) off it.
+std::vector<Star> KeepWithin(COrbImage const& other, double dx, double dy, double margin, std::vector<Star> stars) {
+  std::erase_if(stars, [&](Star const& star) {
+    double const x = star.x + dx;
+    double const y = star.y + dy;
+    return x < -margin || y < -margin || x > other.GetWidth() + margin || y > other.GetHeight() + margin;
+  });
+  return stars;
+}
+
 class Aligner {
  public:
   Aligner(PlacementOptions const& initOptions, PlacedImage const& initReference)
@@ -36,16 +47,27 @@ class Aligner {
   }
 
   FrameTransform Place(PlacedImage const& placed) const {
-    AlignmentOutcome const outcome =
-        IsMatching()
-            ? AlignByMatching(prepared, PrepareForMatching(*placed.image, options.matching), options.matching)
-            : AlignByStars(*reference.image, stars, *placed.image, FindStars(*placed.image, options.finder), {});
+    AlignmentOutcome const outcome = IsMatching() ? Match(placed) : FitStars(placed);
     if (!outcome.alignment) FailToPlace(placed.file, reference.file, outcome.reason);
     return outcome.alignment->transform;
   }
 
  private:
   bool IsMatching() const { return options.method == "match"; }
+
+  AlignmentOutcome Match(PlacedImage const& placed) const {
+    return AlignByMatching(prepared, PrepareForMatching(*placed.image, options.matching), options.matching);
+  }
+
+  AlignmentOutcome FitStars(PlacedImage const& placed) const {
+    std::vector<Star> const found = FindStars(*placed.image, options.finder);
+    if (options.start.empty()) return AlignByStars(*reference.image, stars, *placed.image, found, {});
+    double const dx = options.start[0];
+    double const dy = options.start[1];
+    double const margin = options.matching.range / 2.0;
+    return AlignByStars(*reference.image, KeepWithin(*placed.image, -dx, -dy, margin, stars), *placed.image,
+                        KeepWithin(*reference.image, dx, dy, margin, found), {});
+  }
 
   PlacementOptions const& options;
   PlacedImage const& reference;
@@ -55,8 +77,10 @@ class Aligner {
 
 std::vector<FrameTransform> Align(PlacementOptions options, std::vector<PlacedImage> const& images,
                                   Environment& environment) {
-  options.matching.startX = options.start[0];
-  options.matching.startY = options.start[1];
+  if (!options.start.empty()) {
+    options.matching.startX = options.start[0];
+    options.matching.startY = options.start[1];
+  }
   ProgressStep const step(environment.progress, fmt::format("Aligning {} images", images.size()),
                           static_cast<std::int64_t>(images.size()));
   Aligner const aligner(options, images.front());
@@ -109,14 +133,14 @@ void AddPlacementOptions(CLI::App& command, PlacementOptions& options) {
       ->check(NumberBetween(1.0, 1e6))
       ->needs(align);
   command
-      .add_option("--range", options.matching.range, "align, match: full width of the search in pixels (default: 100)")
-      ->check(CLI::Range(2, 4000))
-      ->needs(align);
-  command
       .add_option("--start", options.start,
-                  "align, match: shift x y in pixels that the search is centred on (default: 0 0)")
+                  "align: shift x y in pixels that the search is centred on; stars then count only where the images "
+                  "overlap, give or take half the range")
       ->expected(2)
       ->check(NumberBetween(-1e5, 1e5))
+      ->needs(align);
+  command.add_option("--range", options.matching.range, "align: full width of the search in pixels (default: 100)")
+      ->check(CLI::Range(2, 4000))
       ->needs(align);
 }
 

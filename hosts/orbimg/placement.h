@@ -15,14 +15,15 @@ struct PlacementOptions {
   bool align = false;
   std::string file;  // an alignment file
   std::string method = "stars";
-  std::vector<double> start{0.0, 0.0};
+  std::vector<double> start;  // empty, or about how far the images lie to the right and downwards
   StarFinderSettings finder;
   MatchAlignmentSettings matching;
 
   bool IsGiven() const { return align || !file.empty(); }
 };
 
-// Adds --align, --alignment, and what shapes the first.
+// Adds --align, --alignment, and what shapes the first. With a start, stars count only where the images then overlap:
+// the brightest stars of tiles that share little else have nothing to do with each other.
 void AddPlacementOptions(CLI::App& command, PlacementOptions& options);
 
 // An image with the file that it came from.

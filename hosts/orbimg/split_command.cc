@@ -26,7 +26,10 @@ struct SplitOptions {
 std::vector<std::string> const& ChannelNames() { return FindOperator("separate")->parameters[0].choices; }
 
 std::string PathOf(SplitOptions const& options, std::string const& channel) {
-  return (std::filesystem::path(options.folder) / (StemOf(options.input) + "_" + channel + ".fits")).string();
+  std::filesystem::path const folder = options.folder;
+  std::string const stem =
+      IsPngFile(options.input) ? std::filesystem::path(options.input).stem().string() : StemOf(options.input);
+  return (folder / (stem + "_" + channel + ".fits")).string();
 }
 
 void WriteChannel(SplitOptions const& options, std::string const& channel, Frame& source, Environment& environment) {
