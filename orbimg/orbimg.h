@@ -1,6 +1,7 @@
 // Everything public.
 #pragma once
 
+#include <orbimg/core/color.h>
 #include <orbimg/core/float_point.h>
 #include <orbimg/core/image.h>
 #include <orbimg/core/invert.h>
