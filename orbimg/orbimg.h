@@ -10,9 +10,11 @@
 #include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
+#include <orbimg/stacking/lrgb_composite.h>
 #include <orbimg/stacking/matching.h>
 #include <orbimg/stacking/median_composite.h>
 #include <orbimg/tone/auto_level.h>
+#include <orbimg/tone/lab_color_enhance.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>
