@@ -1,6 +1,7 @@
 #include <hosts/orbimg/composition.h>
 
 #include <fmt/format.h>
+#include <hosts/io/host_error.h>
 #include <hosts/orbimg/composition_header.h>
 #include <hosts/orbimg/file_list.h>
 #include <hosts/orbimg/image_file.h>
@@ -19,9 +20,17 @@ void SetPlacement(std::vector<Parameter> const& parameters, FrameTransform const
   }
 }
 
+// Stars and matching know nothing of a scale.
+void CheckScale(CompositionJob const& job) {
+  int const scale = job.entry->Find("scale");
+  if (scale < 0 || job.values[static_cast<std::size_t>(scale)] == 1.0 || !job.placement.align) return;
+  throw HostError(Exit::kUsage, "--align: works at a scale of 1; leave out --scale, or resample the image first");
+}
+
 void AddHistory(CompositionJob const& job, std::vector<FrameTransform> const& transforms, FitsHeader& header) {
   OperatorEntry const& entry = *job.entry;
-  header.AddHistory(fmt::format("orbimg {}: {}", entry.name, DescribeValues(entry.parameters, job.values)));
+  std::string const how = DescribeValues(entry.parameters, job.values, {"planes"});
+  header.AddHistory(fmt::format("orbimg {}{}{}", entry.name, how.empty() ? "" : ": ", how));
   for (std::size_t i = 0; i < job.files.size(); ++i) {
     header.AddHistory(fmt::format("orbimg {}: {} {} {}", entry.name, entry.frameNames[i], BareName(job.files[i]),
                                   transforms[i].Text()));
@@ -31,6 +40,7 @@ void AddHistory(CompositionJob const& job, std::vector<FrameTransform> const& tr
 }  // namespace
 
 void Compose(CompositionJob const& job, Environment& environment, Frame& result) {
+  CheckScale(job);
   OperatorEntry const& entry = *job.entry;
   std::vector<Frame> frames(job.files.size());
   std::vector<PlacedImage> images;

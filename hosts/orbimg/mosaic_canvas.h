@@ -10,8 +10,8 @@
 
 namespace orb::host {
 
-// The smallest canvas with room for every pixel of the first image, and for every whole-pixel position that lies in the
-// second one; the first lies at (x, y) on it.
+// A canvas with room for every pixel of the first image, and for every whole-pixel position that lies in the second
+// one; the first lies at (x, y) on it. Without a rotation it is no larger than that.
 struct MosaicCanvas {
   std::int64_t width = 0;
   std::int64_t height = 0;

@@ -96,7 +96,8 @@ COrbImage MakeCanvas(MosaicCanvas const& canvas, COrbImage const& first, COrbIma
 
 void AddHistory(MosaicOptions const& options, FrameTransform const& transform, std::string const& added,
                 FitsHeader& header) {
-  header.AddHistory("orbimg mosaic: " + DescribeValues(options.entry->parameters, options.values));
+  header.AddHistory("orbimg mosaic: " +
+                    DescribeValues(options.entry->parameters, options.values, {"dx", "dy", "angle"}));
   header.AddHistory(
       fmt::format("orbimg mosaic: {} and {} {}", BareName(options.first), BareName(options.second), transform.Text()));
   if (!added.empty()) {

@@ -50,6 +50,10 @@ void AddChoice(CLI::App& command, Parameter const& parameter, double& value) {
       ->type_name("NAME");
 }
 
+bool IsAmong(std::vector<std::string> const& names, std::string const& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 }  // namespace
 
 std::string Capitalised(std::string text) {
@@ -60,7 +64,7 @@ std::string Capitalised(std::string text) {
 void AddParameterOptions(CLI::App& command, std::vector<Parameter> const& parameters, std::vector<double>& values,
                          std::vector<std::string> const& leftOut) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    if (std::find(leftOut.begin(), leftOut.end(), parameters[i].name) != leftOut.end()) continue;
+    if (IsAmong(leftOut, parameters[i].name)) continue;
     switch (parameters[i].kind) {
       case Parameter::Kind::kFlag:
         AddFlag(command, parameters[i], values[i]);
@@ -74,12 +78,13 @@ void AddParameterOptions(CLI::App& command, std::vector<Parameter> const& parame
   }
 }
 
-std::string DescribeValues(std::vector<Parameter> const& parameters, std::vector<double> const& values) {
+std::string DescribeValues(std::vector<Parameter> const& parameters, std::vector<double> const& values,
+                           std::vector<std::string> const& leftOut) {
   std::string text;
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     Parameter const& parameter = parameters[i];
     bool const isFlag = parameter.kind == Parameter::Kind::kFlag;
-    if (isFlag && values[i] == 0.0) continue;
+    if ((isFlag && values[i] == 0.0) || IsAmong(leftOut, parameter.name)) continue;
     text += (text.empty() ? "" : ", ") + parameter.name;
     if (parameter.kind == Parameter::Kind::kChoice)
       text += " " + parameter.choices[static_cast<std::size_t>(values[i])];

@@ -18,7 +18,9 @@ std::string Capitalised(std::string text);
 void AddParameterOptions(CLI::App& command, std::vector<Parameter> const& parameters, std::vector<double>& values,
                          std::vector<std::string> const& leftOut = {});
 
-// "brightness 10, mode weighted, clamp": what goes to the HISTORY of the result. Flags that are not set are left out.
-std::string DescribeValues(std::vector<Parameter> const& parameters, std::vector<double> const& values);
+// "brightness 10, mode weighted, clamp": what goes to the HISTORY of the result. Flags that are not set are left out,
+// and those that are `leftOut`.
+std::string DescribeValues(std::vector<Parameter> const& parameters, std::vector<double> const& values,
+                           std::vector<std::string> const& leftOut = {});
 
 }  // namespace orb::host
