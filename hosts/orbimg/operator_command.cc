@@ -36,12 +36,6 @@ struct OperatorOptions {
   CommonOptions common;
 };
 
-// "first image" becomes "first-image".
-std::string OptionName(std::string name) {
-  std::replace(name.begin(), name.end(), ' ', '-');
-  return "--" + name;
-}
-
 Json ValueOf(Parameter const& parameter, double value) {
   switch (parameter.kind) {
     case Parameter::Kind::kFlag:

@@ -61,6 +61,11 @@ std::string Capitalised(std::string text) {
   return text;
 }
 
+std::string OptionName(std::string name) {
+  std::replace(name.begin(), name.end(), ' ', '-');
+  return "--" + name;
+}
+
 void AddParameterOptions(CLI::App& command, std::vector<Parameter> const& parameters, std::vector<double>& values,
                          std::vector<std::string> const& leftOut) {
   for (std::size_t i = 0; i < parameters.size(); ++i) {

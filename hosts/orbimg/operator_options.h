@@ -11,6 +11,8 @@ namespace orb::host {
 
 // "bright" becomes "Bright".
 std::string Capitalised(std::string text);
+// "first image" becomes "--first-image".
+std::string OptionName(std::string name);
 
 // One option a parameter, named like it and checked against its range, but for those that are `leftOut`. What is given
 // goes to `values`, which has one number a parameter, the defaults at first, and must stay where it is until the
