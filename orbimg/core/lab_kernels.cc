@@ -132,9 +132,9 @@ struct LightnessRoot {
   return f <= kLeastRoot ? (f - kOffset) * kInverseSlope : f * f * f;
 }
 
-// A linear channel carries an error of up to fmax^2 (1.5e-13 fmax + 3.4e-14 (fy + roots)): of the first, 1.2e-13 is
-// what the back substitution rounds, the second what the two colours' roots differ by. Below 2^28 times that it could
-// show in a float; and whether it is cut at 0 would hang on it.
+// A linear channel carries an error of up to fmax^2 (1.5e-13 fmax + 3.4e-14 (fy + roots)). The first term is what the
+// back substitution rounds, the second what the roots of the two colours differ by from powers. Below 2^28 times that
+// the error could show in a float, and whether the channel is cut at 0 could hang on it.
 constexpr double kLeastOfSolving = 4e-05;
 constexpr double kLeastOfRoots = 1e-05;
 

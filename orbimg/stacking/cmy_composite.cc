@@ -5,6 +5,7 @@
 
 #include <orbimg/stacking/channel_kernels.h>
 #include <orbimg/stacking/filter_exposure_internal.h>
+#include <platform/assert.h>
 
 namespace {
 
@@ -40,6 +41,7 @@ class ExposureRow {
 void CImgCmyComposit::Do(COrbImage* cyan, double dxC, double dyC, double angleC, COrbImage* magenta, double dxM,
                          double dyM, double angleM, COrbImage* yellow, double dxY, double dyY, double angleY,
                          CRect* rect, int outside, int progress) {
+  ORB_ASSERT(planes >= 3);
   orb::Run run(*this, rect);
   orb::Bounds const& area = run.Area();
   FilterExposure const c{*cyan, dxC, dyC, angleC, 2};

@@ -8,6 +8,7 @@
 #include <orbimg/core/sampled_row_kernels.h>
 #include <orbimg/stacking/mosaic_kernels.h>
 #include <orbimg/stacking/mosaic_modes_internal.h>
+#include <platform/assert.h>
 
 namespace {
 
@@ -138,6 +139,7 @@ void PasteRows(COrbImage& canvas, Rules const& rules, orb::Run& run, orb::Sample
 
 void CImgMosic::Do(COrbImage* first, int ox, int oy, COrbImage* second, double dx, double dy, double angle, int mode,
                    float* const key, float* const outside, int to256, int average, CRect* rect, int progress) {
+  ORB_ASSERT(planes != 2);
   orb::Run run(*this, rect);
   double const radians = angle * orb::kRadiansPerDegree;
   run.Start(progress, kMosaicMessage, run.Rows());

@@ -1,6 +1,7 @@
 #include <orbimg/stacking/rgb_composite.h>
 
 #include <orbimg/stacking/filter_exposure_internal.h>
+#include <platform/assert.h>
 
 namespace {
 
@@ -31,6 +32,7 @@ void WritePartialRow(COrbImage& image, Exposures& exposures, Samplers& samplers,
 void CImgRgbCmpst::Do(COrbImage* red, double dxR, double dyR, double angleR, COrbImage* green, double dxG, double dyG,
                       double angleG, COrbImage* blue, double dxB, double dyB, double angleB, CRect* rect, int outside,
                       int* const chosenPlanes, int progress) {
+  ORB_ASSERT(planes >= 3);
   orb::Run run(*this, rect);
   orb::Bounds const& area = run.Area();
   Exposures exposures = {{*red, dxR, dyR, angleR, 0}, {*green, dxG, dyG, angleG, 1}, {*blue, dxB, dyB, angleB, 2}};
