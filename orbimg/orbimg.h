@@ -12,6 +12,7 @@
 #include <orbimg/stacking/matching.h>
 #include <orbimg/stacking/median_composite.h>
 #include <orbimg/tone/auto_level.h>
+#include <orbimg/tone/calculation.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>
