@@ -19,6 +19,13 @@
 #include <orbimg/stacking/separation.h>
 #include <orbimg/tone/auto_level.h>
 #include <orbimg/tone/lab_color_enhance.h>
+#include <orbimg/tone/bright.h>
+#include <orbimg/tone/calculation.h>
+#include <orbimg/tone/color_balance.h>
+#include <orbimg/tone/false_color.h>
+#include <orbimg/tone/histogram_equalization.h>
+#include <orbimg/tone/reduce_tone.h>
+#include <orbimg/tone/tone_curve.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>

@@ -28,7 +28,10 @@ TEST(Catalogue, HasEveryOperator) {
                                    "compose-cmy",  "separate",
                                    "separate-sum", "lab-enhance",
                                    "compose-lrgb", "compose-lrgb-mean",
-                                   "compose-lab"}),
+                                   "compose-lab",  "bright",
+                                   "calculate",    "balance",
+                                   "posterise",    "curve",
+                                   "equalise",     "false-colour"}),
             names);
 }
 
@@ -80,6 +83,11 @@ TEST(Catalogue, EntriesArePresentable) {
     EXPECT_EQ(entry.reports == host::Reports::kNever, entry.units == host::Units::kNone);
     ExpectPresentable(entry.parameters);
     ExpectPresentable(entry.frameParameters);
+    for (host::Table const& table : entry.tables) {
+      EXPECT_FALSE(table.name.empty());
+      EXPECT_LT(table.leastEntries, table.mostEntries);
+      ExpectSentence(table.help);
+    }
     for (host::Result const& result : entry.results) {
       EXPECT_FALSE(result.name.empty());
       ExpectSentence(result.help);
