@@ -19,6 +19,9 @@ struct Parameter {
   double byDefault;
   std::string help;
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
+  // A level of the source's first plane that a host takes in place of the default, where it knows the source.
+  enum class Level { kNone, kBlack, kWhite };
+  Level follows = Level::kNone;
 };
 
 // A table of numbers that an operator reads. All tables of a call have as many entries.

@@ -53,7 +53,7 @@ Json Describe(OperatorOptions const& options, OperatorOutcome const& outcome) {
   OperatorEntry const& entry = *options.job.entry;
   Json parameters = Json::object();
   for (std::size_t i = 0; i < entry.parameters.size(); ++i) {
-    parameters[entry.parameters[i].name] = ValueOf(entry.parameters[i], options.job.values[i]);
+    parameters[entry.parameters[i].name] = ValueOf(entry.parameters[i], outcome.values[i]);
   }
   Json results = Json::object();
   for (std::size_t i = 0; i < outcome.results.size(); ++i) results[entry.results[i].name] = outcome.results[i];
@@ -97,7 +97,7 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   auto options = std::make_shared<OperatorOptions>();
   OperatorJob& job = options->job;
   job.entry = &entry;
-  job.values = entry.Defaults();
+  job.values = StartingValues(entry);
   CLI::App* command = group.add_subcommand(entry.name, Capitalised(entry.title));
   command->add_option("file", job.input, "FITS or PNG file")->required();
   if (TakesSourceFile(entry)) {
@@ -108,6 +108,7 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
     command->add_option("--second", job.second, "FITS or PNG file: the second image")->required();
   }
   AddParameterOptions(*command, entry.parameters, job.values);
+  if (!entry.tables.empty()) AddCurveOptions(*command, entry, job.curves);
   if (entry.takesRectangle) {
     command->add_option("--rect", job.rect, "Change only what lies within left top right bottom")->expected(4);
   }

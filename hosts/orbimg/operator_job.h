@@ -6,6 +6,7 @@
 
 #include <hosts/catalogue/operator_entry.h>
 #include <hosts/io/fits_file.h>
+#include <hosts/orbimg/curve_options.h>
 #include <hosts/orbimg/environment.h>
 
 namespace orb::host {
@@ -15,13 +16,18 @@ struct OperatorJob {
   std::string input;
   std::string source;  // a calibration frame or another image, where the operator works with one
   std::string second;
-  std::vector<double> values;  // one a parameter
+  std::vector<double> values;  // one a parameter; not a number stands for a level of the image, where it follows one
+  CurveOptions curves;         // of operators with tables
   std::vector<int> rect;       // empty, or left top right bottom
 };
 
+// The values that a job begins with: the defaults, but not a number where a parameter follows a level of the image.
+std::vector<double> StartingValues(OperatorEntry const& entry);
+
 // What an operator leaves behind.
 struct OperatorOutcome {
-  Frame frame;                  // the result with the header of the input and one HISTORY card more
+  Frame frame;                  // the result with the header of the input and a HISTORY of this step
+  std::vector<double> values;   // the parameters as they were used
   std::vector<double> results;  // of operators that find numbers
 };
 

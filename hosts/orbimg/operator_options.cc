@@ -9,9 +9,15 @@
 namespace orb::host {
 namespace {
 
+std::string DefaultText(Parameter const& parameter) {
+  if (parameter.follows == Parameter::Level::kBlack) return "the black level";
+  if (parameter.follows == Parameter::Level::kWhite) return "the white level";
+  return fmt::format("{:g}", parameter.byDefault);
+}
+
 std::string RangeText(Parameter const& parameter) {
   std::string const unit = parameter.unit.empty() ? "" : " " + parameter.unit;
-  return fmt::format("{:g} to {:g}{} (default: {:g})", parameter.least, parameter.most, unit, parameter.byDefault);
+  return fmt::format("{:g} to {:g}{} (default: {})", parameter.least, parameter.most, unit, DefaultText(parameter));
 }
 
 CLI::Validator WithinRange(Parameter const& parameter) {
