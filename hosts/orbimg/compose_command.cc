@@ -8,9 +8,12 @@
 #include <hosts/orbimg/operator_options.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
+#include <nlohmann/json.hpp>
 
 namespace orb::host {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 constexpr char kPrefix[] = "compose-";  // of the entries' names
 
@@ -18,17 +21,31 @@ struct ComposeOptions {
   CompositionJob job;
   std::string output;
   std::string preview;
+  bool json = false;
   CommonOptions common;
 };
+
+void Print(ComposeOptions const& options, Composition const& result, CommandContext& context) {
+  CompositionJob const& job = options.job;
+  Json images = Json::array();
+  for (std::size_t i = 0; i < job.files.size(); ++i) {
+    std::string const& name = job.entry->frameNames[i];
+    images.push_back(Json{{"name", name}, {"file", job.files[i]}, {"placement", ToJson(result.transforms[i])}});
+    if (options.json || !job.placement.IsGiven()) continue;
+    context.out << fmt::format("{}: {} {}\n", name, job.files[i], result.transforms[i].Text());
+  }
+  if (options.json) context.out << Json{{"file", options.output}, {"images", images}}.dump(2) << '\n';
+}
 
 void RunCompose(ComposeOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
   CheckOutputFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
-  Frame result;
+  Composition result;
   Compose(options.job, environment, result);
-  WriteFits(options.output, result, environment.existing);
+  WriteFits(options.output, result.frame, environment.existing);
   if (!options.preview.empty()) WritePreview(options.output, options.preview, environment.existing);
+  Print(options, result, context);
 }
 
 void AddComposition(CLI::App& compose, OperatorEntry const& entry, CommandContext& context) {
@@ -51,6 +68,7 @@ void AddComposition(CLI::App& compose, OperatorEntry const& entry, CommandContex
   AddParameterOptions(*command, entry.parameters, job.values, {"planes"});  // all, for an image that is new
   command->add_option("-o,--output", options->output, "FITS file to write, of the size of the first image")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
+  command->add_flag("--json", options->json, "Print JSON: how the images lie");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = false});
   command->callback([options, &context] { context.run = [options, &context] { RunCompose(*options, context); }; });
 }

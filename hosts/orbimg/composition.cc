@@ -39,7 +39,7 @@ void AddHistory(CompositionJob const& job, std::vector<FrameTransform> const& tr
 
 }  // namespace
 
-void Compose(CompositionJob const& job, Environment& environment, Frame& result) {
+void Compose(CompositionJob const& job, Environment& environment, Composition& result) {
   CheckScale(job);
   OperatorEntry const& entry = *job.entry;
   std::vector<Frame> frames(job.files.size());
@@ -50,7 +50,8 @@ void Compose(CompositionJob const& job, Environment& environment, Frame& result)
     images.push_back({job.files[i], &frames[i].image});
     headers.push_back(&frames[i].header);
   }
-  std::vector<FrameTransform> const transforms = PlaceImages(job.placement, images, environment);
+  std::vector<FrameTransform>& transforms = result.transforms;
+  transforms = PlaceImages(job.placement, images, environment);
   Invocation call;
   for (std::size_t i = 0; i < frames.size(); ++i) {
     frames[i].image.SetStdCtr(transforms[i].cx, transforms[i].cy);
@@ -59,13 +60,13 @@ void Compose(CompositionJob const& job, Environment& environment, Frame& result)
   }
   COrbImage const& first = frames[0].image;
   COrbImage canvas(-32, first.GetWidth(), first.GetHeight(), entry.imagePlanes, 1.0, 0.0, 1, nullptr, nullptr);
-  result.image.Swap(&canvas);
-  call.image = &result.image;
+  result.frame.image.Swap(&canvas);
+  call.image = &result.frame.image;
   call.values = job.values;
   call.progress = 1;
   RunChecked(entry, call, job.files[0], environment);
-  result.header = JoinHeaders(headers);
-  AddHistory(job, transforms, result.header);
+  result.frame.header = JoinHeaders(headers);
+  AddHistory(job, transforms, result.frame.header);
 }
 
 }  // namespace orb::host

@@ -20,8 +20,13 @@ struct CompositionJob {
   PlacementOptions placement;
 };
 
+struct Composition {
+  Frame frame;
+  std::vector<FrameTransform> transforms;  // how each image lies over the first
+};
+
 // The result has the size and the header of the first image, and the others lie over it. Its planes have the levels
 // that the operator gives them. HostError before any work if something is wrong. Holds all images and the result.
-void Compose(CompositionJob const& job, Environment& environment, Frame& result);
+void Compose(CompositionJob const& job, Environment& environment, Composition& result);
 
 }  // namespace orb::host

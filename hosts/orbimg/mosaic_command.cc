@@ -1,8 +1,10 @@
 // orbimg mosaic: two images on one canvas that is large enough for both.
 #include <cmath>
 #include <memory>
+#include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <hosts/catalogue/catalogue.h>
 #include <hosts/orbimg/add_constant.h>
 #include <hosts/orbimg/command.h>
@@ -15,9 +17,12 @@
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/placement.h>
 #include <hosts/orbimg/preview.h>
+#include <nlohmann/json.hpp>
 
 namespace orb::host {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 constexpr std::int64_t kLeastOverlap = 25;  // pixels, to compare brightness in
 
@@ -30,6 +35,7 @@ struct MosaicOptions {
   bool matchLevels = false;
   std::string output;
   std::string preview;
+  bool json = false;
   CommonOptions common;
 
   double& Value(std::string const& name) { return values[static_cast<std::size_t>(entry->Find(name))]; }
@@ -51,13 +57,13 @@ FrameTransform PlaceSecond(MosaicOptions const& options, COrbImage& first, COrbI
 }
 
 // Adds to each plane of the second image what brings it to the first, and tells how much.
-std::string MatchLevels(MosaicOptions const& options, COrbImage& first, COrbImage& second,
-                        FrameTransform const& transform) {
+std::vector<double> MatchLevels(MosaicOptions const& options, COrbImage& first, COrbImage& second,
+                                FrameTransform const& transform) {
   if (first.GetPlanes() != second.GetPlanes()) {
     throw HostError(Exit::kUsage, fmt::format("--match-levels: {} has {} planes, {} has {}; give images of one kind",
                                               options.first, first.GetPlanes(), options.second, second.GetPlanes()));
   }
-  std::string text;
+  std::vector<double> added;
   for (int p = 0; p < second.GetPlanes(); ++p) {
     SampleStatistics const difference = CompareOverlap(first, second, transform, p);
     if (difference.samples < kLeastOverlap) {
@@ -67,9 +73,9 @@ std::string MatchLevels(MosaicOptions const& options, COrbImage& first, COrbImag
     }
     AddConstant(second.GetImageAdr(0, 0, p, 0, nullptr),
                 static_cast<std::int64_t>(second.GetWidth()) * second.GetHeight(), difference.level);
-    text += fmt::format("{}{:.6g}", p == 0 ? "" : ", ", difference.level);
+    added.push_back(difference.level);
   }
-  return text;
+  return added;
 }
 
 COrbImage MakeCanvas(MosaicCanvas const& canvas, COrbImage const& first, COrbImage const& second,
@@ -94,34 +100,47 @@ COrbImage MakeCanvas(MosaicCanvas const& canvas, COrbImage const& first, COrbIma
   return image;
 }
 
-void AddHistory(MosaicOptions const& options, FrameTransform const& transform, std::string const& added,
-                FitsHeader& header) {
+// What was found out on the way.
+struct MosaicReport {
+  MosaicCanvas canvas;
+  FrameTransform transform;
+  std::vector<double> added;  // to the planes of the second image
+};
+
+void AddHistory(MosaicOptions const& options, MosaicReport const& report, FitsHeader& header) {
   header.AddHistory("orbimg mosaic: " +
                     DescribeValues(options.entry->parameters, options.values, {"dx", "dy", "angle"}));
+  header.AddHistory(fmt::format("orbimg mosaic: {} and {} {}", BareName(options.first), BareName(options.second),
+                                report.transform.Text()));
+  if (report.added.empty()) return;
   header.AddHistory(
-      fmt::format("orbimg mosaic: {} and {} {}", BareName(options.first), BareName(options.second), transform.Text()));
-  if (!added.empty()) {
-    header.AddHistory(fmt::format("orbimg mosaic: {} made brighter by {}", BareName(options.second), added));
-  }
+      fmt::format("orbimg mosaic: added to {}: {:.6g}", BareName(options.second), fmt::join(report.added, " ")));
 }
 
-void RunMosaic(MosaicOptions options, CommandContext& context) {
-  Environment environment(context.out, context.err, options.common);
-  CheckOutputFile(options.output, environment.existing);
-  if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
-  Frame first;
-  Frame second;
-  ReadForWork(options.first, first, environment);
-  ReadForWork(options.second, second, environment);
-  FrameTransform const transform = PlaceSecond(options, first.image, second.image, environment);
-  MosaicCanvas const canvas = FindCanvas(first.image, second.image, transform);
-  Frame result;
-  result.image = MakeCanvas(canvas, first.image, second.image, environment);
-  std::string const added =
-      options.matchLevels ? MatchLevels(options, first.image, second.image, transform) : std::string();
+void Print(MosaicOptions const& options, MosaicReport const& report, CommandContext& context) {
+  MosaicCanvas const& canvas = report.canvas;
+  if (options.json) {
+    context.out << Json{{"file", options.output}, {"width", canvas.width}, {"height", canvas.height},
+                        {"x", canvas.x},          {"y", canvas.y},         {"placement", ToJson(report.transform)},
+                        {"added", report.added}}
+                       .dump(2)
+                << '\n';
+    return;
+  }
+  context.out << fmt::format("{}: {} x {}, {} at {} {}\n", options.output, canvas.width, canvas.height, options.first,
+                             canvas.x, canvas.y);
+  context.out << fmt::format("{}: {}\n", options.second, report.transform.Text());
+  if (report.added.empty()) return;
+  context.out << fmt::format("{}: added {:.6g}\n", options.second, fmt::join(report.added, " "));
+}
+
+// The operator on the canvas, the images lying as reported.
+void Paste(MosaicOptions& options, MosaicReport const& report, Frame& first, Frame& second, Frame& result,
+           Environment& environment) {
+  FrameTransform const& transform = report.transform;
   second.image.SetStdCtr(transform.cx, transform.cy);
-  options.Value("x") = static_cast<double>(canvas.x);
-  options.Value("y") = static_cast<double>(canvas.y);
+  options.Value("x") = static_cast<double>(report.canvas.x);
+  options.Value("y") = static_cast<double>(report.canvas.y);
   options.Value("dx") = transform.dx;
   options.Value("dy") = transform.dy;
   options.Value("angle") = transform.angle;
@@ -132,11 +151,29 @@ void RunMosaic(MosaicOptions options, CommandContext& context) {
   call.values = options.values;
   call.progress = 1;
   RunChecked(*options.entry, call, options.first, environment);
+}
+
+void RunMosaic(MosaicOptions options, CommandContext& context) {
+  Environment environment(context.out, context.err, options.common);
+  CheckOutputFile(options.output, environment.existing);
+  if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
+  Frame first;
+  Frame second;
+  ReadForWork(options.first, first, environment);
+  ReadForWork(options.second, second, environment);
+  MosaicReport report;
+  report.transform = PlaceSecond(options, first.image, second.image, environment);
+  report.canvas = FindCanvas(first.image, second.image, report.transform);
+  Frame result;
+  result.image = MakeCanvas(report.canvas, first.image, second.image, environment);
+  if (options.matchLevels) report.added = MatchLevels(options, first.image, second.image, report.transform);
+  Paste(options, report, first, second, result, environment);
   result.header = JoinHeaders({&first.header, &second.header});
   result.header.RemoveWcs();
-  AddHistory(options, transform, added, result.header);
+  AddHistory(options, report, result.header);
   WriteFits(options.output, result, environment.existing);
   if (!options.preview.empty()) WritePreview(options.output, options.preview, environment.existing);
+  Print(options, report, context);
 }
 
 }  // namespace
@@ -157,6 +194,7 @@ void AddMosaicCommand(CLI::App& app, CommandContext& context) {
                     "First add to the second image what makes it as bright as the first where both have samples");
   command->add_option("-o,--output", options->output, "FITS file to write")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
+  command->add_flag("--json", options->json, "Print JSON: the canvas, and how the images lie");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = true});
   command->callback([options, &context] { context.run = [options, &context] { RunMosaic(*options, context); }; });
 }

@@ -151,4 +151,8 @@ std::vector<FrameTransform> PlaceImages(PlacementOptions const& options, std::ve
   return std::vector<FrameTransform>(images.size());
 }
 
+nlohmann::ordered_json ToJson(FrameTransform const& t) {
+  return {{"dx", t.dx}, {"dy", t.dy}, {"angle", t.angle}, {"centre", {t.cx, t.cy}}};
+}
+
 }  // namespace orb::host

@@ -8,6 +8,7 @@
 #include <hosts/orbimg/environment.h>
 #include <hosts/orbimg/frame_transform.h>
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 namespace orb::host {
 
@@ -37,5 +38,8 @@ struct PlacedImage {
 // transforms are over its reference, which the first image must be.
 std::vector<FrameTransform> PlaceImages(PlacementOptions const& options, std::vector<PlacedImage> const& images,
                                         Environment& environment);
+
+// dx, dy, angle and centre.
+nlohmann::ordered_json ToJson(FrameTransform const& transform);
 
 }  // namespace orb::host

@@ -10,6 +10,7 @@
 #include <tests/command/command_support.h>
 #include <tests/command/synthetic_stars.h>
 #include <tests/support/test_images.h>
+#include <nlohmann/json.hpp>
 
 namespace orb::test {
 namespace {
@@ -18,6 +19,7 @@ using host::Exit;
 using host::FrameTransform;
 using host::Position;
 using host::RigidMap;
+using Json = nlohmann::json;
 
 class ComposeTest : public testing::Test {
  protected:
@@ -154,17 +156,15 @@ TEST_F(ComposeTest, AlignsByStars) {
   SetSamples(colour, three);
   WriteFrame(folder / "l.fits", luminance);
   WriteFrame(folder / "colour.fits", colour);
-  std::vector<std::string> const arguments{"compose",         "lrgb",     "--luminance",
-                                           folder / "l.fits", "--colour", folder / "colour.fits",
-                                           "--align",         "-o",       folder / "c.fits"};
-  ASSERT_TRUE(Succeeds(RunQuietly(arguments)));
-  std::string cards;
-  for (std::string const& card : ReadFrame(folder / "c.fits").header.cards) cards += card.substr(8);
-  std::size_t const at = cards.find("colour.fits dx ");
-  ASSERT_NE(std::string::npos, at) << cards;
-  EXPECT_NEAR(4.5, std::stod(cards.substr(at + 15)), 0.1);
-  EXPECT_NEAR(-7.25, std::stod(cards.substr(cards.find("dy ", at) + 3)), 0.1);
-  EXPECT_NEAR(0.8, std::stod(cards.substr(cards.find("angle ", at) + 6)), 0.05);
+  std::vector<std::string> const arguments{
+      "compose", "lrgb",   "--luminance", folder / "l.fits", "--colour", folder / "colour.fits",
+      "--align", "--json", "-o",          folder / "c.fits"};
+  CommandResult const run = RunQuietly(arguments);
+  ASSERT_TRUE(Succeeds(run));
+  Json const placed = Json::parse(run.out)["images"][1]["placement"];
+  EXPECT_NEAR(4.5, placed["dx"].get<double>(), 0.1);
+  EXPECT_NEAR(-7.25, placed["dy"].get<double>(), 0.1);
+  EXPECT_NEAR(0.8, placed["angle"].get<double>(), 0.05);
 }
 
 TEST_F(ComposeTest, RefusesWhatDoesNotFit) {

@@ -8,6 +8,7 @@
 #include <tests/command/command_support.h>
 #include <tests/command/synthetic_stars.h>
 #include <tests/support/test_images.h>
+#include <nlohmann/json.hpp>
 
 namespace orb::test {
 namespace {
@@ -17,6 +18,7 @@ using host::FrameTransform;
 using host::MosaicCanvas;
 using host::Position;
 using host::RigidMap;
+using Json = nlohmann::json;
 
 COrbImage Blank(int width, int height, int planes = 1) {
   return COrbImage(-32, width, height, planes, 1.0, 0.0, 1, nullptr, nullptr);
@@ -187,7 +189,12 @@ TEST_F(MosaicTest, AlignsTilesWithinTheOverlap) {
   }
   WriteFrame(folder / "a.fits", first);
   WriteFrame(folder / "b.fits", second);
-  ASSERT_TRUE(Succeeds(Run({"--align", "--start", "248", "-8", "--range", "20"})));
+  CommandResult const run = Run({"--align", "--start", "248", "-8", "--range", "20", "--json"});
+  ASSERT_TRUE(Succeeds(run));
+  Json const placed = Json::parse(run.out)["placement"];
+  EXPECT_NEAR(250.25, placed["dx"].get<double>(), 0.3);
+  EXPECT_NEAR(-11.5, placed["dy"].get<double>(), 0.3);
+  EXPECT_NEAR(0.3, placed["angle"].get<double>(), 0.1);
   MosaicCanvas const canvas = host::FindCanvas(first, second, transform);
   COrbImage const result = ReadFrame(folder / "m.fits").image;
   EXPECT_NEAR(static_cast<double>(canvas.width), result.GetWidth(), 1.0);
@@ -232,16 +239,21 @@ TEST(RealFrames, TilesOfM17LieAsMeasured) {
   std::string const folder = SamplePath("mosaic_m17/m17_K_");
   if (folder.empty()) GTEST_SKIP() << "ORBIMG_SAMPLES is not set: no real frames";
   ScratchFolder scratch;
-  ASSERT_TRUE(Succeeds(RunQuietly({"mosaic", folder + "left.fits", folder + "right.fits", "--align", "--start", "427",
-                                   "-18", "--range", "20", "--match-levels", "-o", scratch / "m.fits"})));
+  CommandResult const run =
+      RunQuietly({"mosaic", folder + "left.fits", folder + "right.fits", "--align", "--start", "427", "-18", "--range",
+                  "20", "--match-levels", "--json", "-o", scratch / "m.fits"});
+  ASSERT_TRUE(Succeeds(run));
   host::Frame const result = ReadFrame(scratch / "m.fits");
   EXPECT_EQ(928, result.image.GetWidth());
   EXPECT_EQ(642, result.image.GetHeight());
-  std::string cards;
-  for (std::string const& card : result.header.cards) cards += card.substr(8);
-  std::size_t const at = cards.find("made brighter by ");
-  ASSERT_NE(std::string::npos, at);
-  EXPECT_NEAR(-2.8, std::stod(cards.substr(at + 17)), 0.4);
+  Json const found = Json::parse(run.out);
+  EXPECT_NEAR(-2.8, found["added"][0].get<double>(), 0.4);
+  // Where the middle of the overlap lies in the right tile.
+  Json const& placed = found["placement"];
+  FrameTransform const transform{placed["dx"], placed["dy"], placed["angle"], placed["centre"][0], placed["centre"][1]};
+  Position const at = RigidMap(transform).ToFrame({463.0, 311.5});
+  EXPECT_NEAR(463.0 - 427.43, at.x, 0.2);
+  EXPECT_NEAR(311.5 + 18.47, at.y, 0.2);
 }
 
 }  // namespace
