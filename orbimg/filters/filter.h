@@ -44,6 +44,53 @@ class ORBIMG_API CImgFilter : public COrbImage {
   // one more for each row of the mean.
   COrbImage* MakeDDWork(int radius, int progress);
 
+  // ---- The radius of a shape, and the samples of one position
+  int GetMeanR(int shape);
+  int GetMedianR(int shape);
+  int GetMinMaxR(int shape);
+
+  // With c the centre and S the sum of the shape's N other samples: (S * weight + c) / (weight * N + 1). `mean`, where
+  // not null, gets the plain mean (S + c) / (N + 1). A code that is no shape gives the centre, and leaves `mean`.
+  float GetMeanRaw(float** const rows, int x, int shape, double weight, double* mean);
+  float GetMeanRaw(int x, int y, int shape, double weight, int plane);
+  float GetMeanGray(float** const rows, int x, int shape, double weight, int plane);
+  float GetMean256f(float** const rows, int x, int shape, double weight, int plane);
+
+  // The sample at index n / 2 of n in ascending order.
+  float GetMedianRaw(float** const rows, int x, int shape);
+  float GetMedianRaw(int x, int y, int shape, int plane);
+  float GetMedianGray(float** const rows, int x, int shape, int plane);
+  float GetMedian256f(float** const rows, int x, int shape, int plane);
+
+  // The sample at `index` in ascending order: 0 the minimum, n - 1 the maximum. An index outside is held at these.
+  float GetMinMaxRaw(float** const rows, int x, int shape, int index);
+
+  // |8 c - the sum of the 8 cells around it|, coordinates held inside the image.
+  float HighPassRaw(int x, int y, int plane);
+
+  // |v| + levelMin of `plane`, by three rows whatever the shape, rows[1] being the sample's own: v = 4 c - (the direct
+  // neighbours) for shape 0, 8 c - (all neighbours) for 1, 4 c - 2 (the direct ones) + (the corners) for 2. Intended:
+  // for any other code v is the sample above.
+  float GetLaplacianRaw(float** const rows, int x, int shape, int plane);
+  float GetLaplacianGray(float** const rows, int x, int shape, int plane);
+  float GetLaplacian256f(float** const rows, int x, int shape, int plane);
+
+  // ---- Filters
+
+  // (c - b) * strength + c where |m / c - 1.0| >= threshold, otherwise c; b is the mean with `weight`, m the plain one.
+  // A ratio that is not a number (0 / 0) is below every threshold, an infinite one above. Message 6122.
+  void UnSharpMask(double strength, int shape, double weight, double threshold, COrbImage* src, CRect* rect,
+                   int progress);
+  // One plane alone. Intended: the units announced are those of all planes.
+  void UnSharpMask(double strength, int shape, double weight, double threshold, COrbImage* src, int plane, CRect* rect,
+                   int progress);
+  // GetMedianRaw. Message 6120.
+  void MedianFilter(int shape, COrbImage* src, CRect* rect, int progress);
+  // GetMinMaxRaw. Message 6153.
+  void MinMaxFilter(int shape, int index, COrbImage* src, CRect* rect, int progress);
+  // GetLaplacianRaw. Intended: with levelMin of plane 0 of the source for every plane. Message 6143.
+  void LaplacianFilter(int shape, COrbImage* src, CRect* rect, int progress);
+
  protected:
   friend struct OrbTestAccess;
 
