@@ -1,8 +1,17 @@
 #include <orbimg/filters/disk_internal.h>
 
+#include <platform/object.h>
+
 namespace orb {
 
+namespace {
+
+constexpr int kLargestRadius = 23169;  // of a square whose cells an int counts
+
+}  // namespace
+
 Disk::Disk(int radius, double range) {
+  if (radius > kLargestRadius) AfxThrowMemoryException();
   int half = radius;
   for (int dy = 0; dy <= radius; ++dy) {
     double const row = static_cast<double>(dy) * dy;

@@ -9,7 +9,8 @@ namespace orb {
 
 class ORBIMG_API Disk {
  public:
-  // The cells (dx, dy) with dx and dy in -radius .. radius and dx^2 + dy^2 <= range^2. `range` that is no number: none.
+  // The cells (dx, dy) with dx and dy in -radius .. radius and dx^2 + dy^2 <= range^2. A `range` that is no number:
+  // none. More cells in the square than an int counts are std::bad_alloc, as lack of memory is.
   Disk(int radius, double range);
 
   // The rows above the centre row, and that row.
