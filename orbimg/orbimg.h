@@ -10,6 +10,7 @@
 #include <orbimg/filters/filter.h>
 #include <orbimg/filters/filter_blur.h>
 #include <orbimg/filters/filter_kernel.h>
+#include <orbimg/filters/filter_misc.h>
 #include <orbimg/filters/filter_rows.h>
 #include <orbimg/filters/filter_sharp.h>
 #include <orbimg/resources/message_table.h>

@@ -1,46 +1,14 @@
 // CImgFilterBlur::MedianFilter: the order statistic of a disk that has no samples below its centre row.
-#include <vector>
+#include <algorithm>
 
-#include <orbimg/filters/edge_rules_internal.h>
+#include <orbimg/core/operator_run.h>
+#include <orbimg/filters/disk_rank_internal.h>
 #include <orbimg/filters/filter_blur.h>
 #include <orbimg/filters/filter_radius_internal.h>
-#include <orbimg/filters/sample_order_internal.h>
-#include <orbimg/filters/window_run_internal.h>
 
 namespace {
 
 constexpr int kMessage = 6120;
-
-struct Offset {
-  int dx;
-  int dy;
-};
-
-std::vector<Offset> DiskOffsets(int radius, double range) {
-  CFilterKernel disk;
-  disk.MakeDisk(radius, range);
-  std::vector<Offset> offsets;
-  for (int dy = -radius; dy <= radius; ++dy) {
-    for (int dx = -radius; dx <= radius; ++dx) {
-      if (disk.Value(dx, dy) == 1.0f) offsets.push_back({dx, dy});
-    }
-  }
-  return offsets;
-}
-
-// 0.0 where no offset lies inside the image, which takes a range that is not a number.
-float MedianAt(CFilterRows const& window, std::vector<Offset> const& offsets, int x, int y, std::vector<float>& found) {
-  found.clear();
-  for (Offset const& offset : offsets) {
-    int const xx = x + offset.dx;
-    int const yy = y + offset.dy;
-    if (!orb::IsInside(xx, window.image->GetWidth()) || !orb::IsInside(yy, window.image->GetHeight())) continue;
-    // Intended: Pixel gives 0.0 below the centre row.
-    found.push_back(window.Pixel(xx, yy));
-  }
-  orb::SortSamples(found.data(), found.size());
-  return found.empty() ? 0.0f : found[found.size() / 2];
-}
 
 }  // namespace
 
@@ -48,19 +16,20 @@ void CImgFilterBlur::MedianFilter(double range, COrbImage* src, CRect* rect, int
   MedianFilter(orb::ForPlanes(*this, range).data(), src, rect, progress);
 }
 
+// Intended: cells below the centre row count as 0.0, those outside the image not at all.
 void CImgFilterBlur::MedianFilter(double* const range, COrbImage* src, CRect* rect, int progress) {
   orb::Run run(*this, rect);
+  orb::Bounds const& area = run.Area();
   run.Start(progress, kMessage, run.Rows() * planes);
   for (int p = 0; p < planes; ++p) {
-    int const r = orb::RadiusOfRange(range[p]);
-    std::vector<Offset> const offsets = DiskOffsets(r, range[p]);
-    std::vector<float> found;
-    found.reserve(offsets.size());
-    orb::EachWindowRow(run, *this, *src, p, r, [&](orb::WindowRow const& row) {
-      for (int x = row.left; x < row.right; ++x) {
-        row.dst[x - row.left] = MedianAt(row.window, offsets, x, row.y, found);
-      }
-    });
+    orb::Disk const disk(orb::RadiusOfRange(range[p]), range[p]);
+    auto const rowOf = [src, p](int y) -> float const* { return src->GetImageAdr(0, y, p, 1, nullptr); };
+    auto const medians = orb::MedianUnderUpperHalf(disk, rowOf, src->GetWidth(), src->GetHeight(), area);
+    for (int y = area.top; y < area.bottom; ++y) {
+      float const* const row = medians->Row(y);
+      std::copy(row, row + std::max(area.Columns(), 0), GetImageAdr(area.left, y, p, 0, nullptr));
+      run.Tick();
+    }
   }
   run.End();
 }

@@ -44,6 +44,7 @@ class ORBIMG_API CImgFilterBlur : public COrbImage {
 
   // Gathers the samples at the offsets with dx^2 + dy^2 <= range^2 that lie inside the image, n of them, and takes the
   // one at index n / 2 in ascending order. range in pixels. Intended: every sample below the centre row counts as 0.0.
+  // Scratch memory: 64 rows, and a tile of 64 + 2 range columns and rows.
   void MedianFilter(double range, COrbImage* src, CRect* rect, int progress);
   void MedianFilter(double* const range, COrbImage* src, CRect* rect, int progress);
 
