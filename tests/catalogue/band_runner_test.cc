@@ -185,10 +185,13 @@ TEST(BandRunnerItself, BandsOfTheCatalogueAreAsListed) {
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.bands != Bands::kNone) names.insert(entry.name);
   }
-  EXPECT_EQ((std::set<std::string>{"invert", "dark", "clip", "composite", "median", "mosaic", "compose-rgb",
-                                   "compose-cmy", "compose-lrgb", "compose-lrgb-mean", "bright", "calculate", "balance",
-                                   "posterise", "curve", "false-colour"}),
-            names);
+  EXPECT_EQ(
+      (std::set<std::string>{"invert",       "dark",        "clip",        "composite",         "median",
+                             "mosaic",       "compose-rgb", "compose-cmy", "compose-lrgb",      "compose-lrgb-mean",
+                             "bright",       "calculate",   "balance",     "posterise",         "curve",
+                             "false-colour", "noise-cut",   "disk-rank",   "background-smooth", "contour",
+                             "custom"}),
+      names);
 }
 
 }  // namespace
