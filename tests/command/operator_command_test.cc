@@ -267,6 +267,17 @@ TEST_F(OperatorTest, CtrlCLeavesNothing) {
   EXPECT_FALSE(std::filesystem::exists(folder / "out.fits"));
 }
 
+TEST(OperatorGroups, AllOperatorsOfAGroupHaveTheirSubcommand) {
+  for (OperatorEntry const& entry : host::Catalogue()) {
+    if (entry.group.empty()) continue;
+    CommandResult const help = RunLoudly({entry.group, entry.name, "--help"});
+    EXPECT_EQ(Exit::kDone, help.status) << entry.group << ' ' << entry.name;
+    for (Parameter const& parameter : entry.parameters) {
+      EXPECT_NE(std::string::npos, help.out.find("--" + parameter.name)) << entry.name;
+    }
+  }
+}
+
 // What an entry of these groups may ask for is what a command line of one image can give.
 TEST(OperatorGroups, HoldNothingThatNeedsAStack) {
   for (char const* group : {"apply", "filter", "transform", "sky"}) {
