@@ -1,6 +1,7 @@
 // Everything public.
 #pragma once
 
+#include <orbimg/core/color.h>
 #include <orbimg/core/float_point.h>
 #include <orbimg/core/image.h>
 #include <orbimg/core/invert.h>
@@ -10,12 +11,14 @@
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
+#include <orbimg/stacking/lrgb_composite.h>
 #include <orbimg/stacking/matching.h>
 #include <orbimg/stacking/median_composite.h>
 #include <orbimg/stacking/mosaic.h>
 #include <orbimg/stacking/rgb_composite.h>
 #include <orbimg/stacking/separation.h>
 #include <orbimg/tone/auto_level.h>
+#include <orbimg/tone/lab_color_enhance.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>

@@ -82,10 +82,14 @@ std::string CheckValues(std::vector<Parameter> const& parameters, std::vector<do
   return "";
 }
 
+std::string FrameText(OperatorEntry const& entry, std::size_t number) {
+  return entry.frameNames.empty() ? fmt::format("frame {}", number + 1)
+                                  : fmt::format("the {} frame", entry.frameNames[number]);
+}
+
 std::string CheckFrame(OperatorEntry const& entry, Invocation const& call, std::size_t number) {
   PlacedFrame const& frame = call.frames[number];
-  std::string const role = entry.frameNames.empty() ? fmt::format("frame {}", number + 1)
-                                                    : fmt::format("the {} frame", entry.frameNames[number]);
+  std::string const role = FrameText(entry, number);
   std::string const wrong = CheckImage(role, frame.image);
   if (!wrong.empty()) return wrong;
   if (frame.image == call.image) return role + " must be another image than the result";
@@ -114,7 +118,7 @@ std::string CheckLevelsOf(std::string const& role, COrbImage const& image) {
   for (int p = 0; p < image.GetPlanes(); ++p) {
     double const range = image.GetLevelRange(p);
     if (std::isfinite(range) && range != 0.0) continue;
-    return fmt::format("the levels of the {}, plane {}, are {} and {}; set them apart first", role, p + 1,
+    return fmt::format("the levels of {}, plane {}, are {} and {}; set them apart first", role, p + 1,
                        image.GetLevelMin(p), image.GetLevelMax(p));
   }
   return "";
@@ -124,9 +128,12 @@ std::string CheckLevels(OperatorEntry const& entry, Invocation const& call) {
   int const flag = entry.Find("levels");
   bool const isAsked = flag >= 0 && call.values[static_cast<std::size_t>(flag)] != 0.0;
   if (entry.levelUse == LevelUse::kNone || (entry.levelUse == LevelUse::kIfAsked && !isAsked)) return "";
-  std::string wrong = CheckLevelsOf(entry.sourceName, *call.source);
-  if (wrong.empty()) wrong = CheckLevelsOf("image", *call.image);
-  if (wrong.empty() && call.second != nullptr) wrong = CheckLevelsOf("second image", *call.second);
+  std::string wrong = call.source == nullptr ? "" : CheckLevelsOf("the " + entry.sourceName, *call.source);
+  if (wrong.empty()) wrong = CheckLevelsOf("the image", *call.image);
+  if (wrong.empty() && call.second != nullptr) wrong = CheckLevelsOf("the second image", *call.second);
+  for (std::size_t i = 0; wrong.empty() && i < call.frames.size(); ++i) {
+    wrong = CheckLevelsOf(FrameText(entry, i), *call.frames[i].image);
+  }
   return wrong;
 }
 

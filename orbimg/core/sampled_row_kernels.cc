@@ -67,10 +67,10 @@ struct PlaneShape {
   std::ptrdiff_t NextRow() const { return height > 1 ? width : 0; }
 };
 
-// sx = along x - row x + cx, sy = cy - (along y + row y): inside positions, then FindCell without its branches. A
-// position held at the last sample has a fraction of 1 in the cell before.
-ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY, double rowX, double rowY, double cx,
-                                     double cy, PlaneShape shape, std::ptrdiff_t count, double* fractionX,
+// sx = (along x - row x) * scale + cx, sy = cy - (along y + row y) * scale: inside positions, then FindCell without its
+// branches. A position held at the last sample has a fraction of 1 in the cell before.
+ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY, double rowX, double rowY, double scale,
+                                     double cx, double cy, PlaneShape shape, std::ptrdiff_t count, double* fractionX,
                                      double* fractionY, std::ptrdiff_t* offsets) {
   double const lastX = shape.width - 1;
   double const lastY = shape.height - 1;
@@ -79,8 +79,8 @@ ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY,
   std::ptrdiff_t const width = shape.width;
   ORB_COLUMNS_INDEPENDENT
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    double const sx = alongX[i] - rowX + cx;
-    double const sy = cy - (alongY[i] + rowY);
+    double const sx = (alongX[i] - rowX) * scale + cx;
+    double const sy = cy - (alongY[i] + rowY) * scale;
     double const x = sx < lastX ? sx : lastX;
     double const y = sy < lastY ? sy : lastY;
     int const column = std::min(static_cast<int>(x), lastColumnCell);
@@ -226,9 +226,10 @@ namespace orb {
 // How many rows beforehand the memory of a turned image is asked for.
 constexpr double kRowsAhead = 4.0;
 
-SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double dy, double sinA, double cosA)
+SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double dy, double sinA, double cosA,
+                       double scale)
     : source(image),
-      transform{dx, dy, sinA, cosA, 1.0, image.GetStdCtr().fx, image.GetStdCtr().fy},
+      transform{dx, dy, sinA, cosA, scale, image.GetStdCtr().fx, image.GetStdCtr().fy},
       isShift(transform.IsShift()),
       count(right > left ? static_cast<std::ptrdiff_t>(right) - left : 0) {
   std::size_t const columns = At(count);
@@ -274,9 +275,11 @@ void SampledRow::PrepareRotation(int left) {
   alongY.resize(At(count));
   fractionY.resize(At(count));
   offsets.resize(At(count));
-  // One row further down here is sinA columns and cosA rows further in the source.
-  ahead = static_cast<std::ptrdiff_t>(TruncateToInt(std::round(kRowsAhead * transform.cosA))) * source.GetWidth() +
-          TruncateToInt(std::round(kRowsAhead * transform.sinA));
+  // One row further down here is sinA columns and cosA rows further in the source, times the scale. Where that is
+  // large, hardly a position lies inside.
+  double const rows = kRowsAhead * std::clamp(transform.scale, -4.0, 4.0);
+  ahead = static_cast<std::ptrdiff_t>(TruncateToInt(std::round(rows * transform.cosA))) * source.GetWidth() +
+          TruncateToInt(std::round(rows * transform.sinA));
   for (std::ptrdiff_t i = 0; i < count; ++i) {
     double const p = left + i - transform.cx - transform.dx;
     alongX[At(i)] = p * transform.cosA;
@@ -301,13 +304,14 @@ void SampledRow::LocateRotated(int y) {
   rowX = q * transform.sinA;
   rowY = q * transform.cosA;
   PlaneShape const shape{source.GetWidth(), source.GetHeight()};
+  double const scale = transform.scale;
   ColumnInterval const x =
-      InsideColumns(count, shape.width, transform.cosA >= 0.0, [&](std::ptrdiff_t i) { return PositionX(i); });
+      InsideColumns(count, shape.width, transform.cosA * scale >= 0.0, [&](std::ptrdiff_t i) { return PositionX(i); });
   ColumnInterval const v =
-      InsideColumns(count, shape.height, transform.sinA < 0.0, [&](std::ptrdiff_t i) { return PositionY(i); });
+      InsideColumns(count, shape.height, transform.sinA * scale < 0.0, [&](std::ptrdiff_t i) { return PositionY(i); });
   begin = std::max(x.begin, v.begin);
   end = std::max(begin, std::min(x.end, v.end));
-  LocateRotatedRow(alongX.data() + begin, alongY.data() + begin, rowX, rowY, transform.cx, transform.cy, shape,
+  LocateRotatedRow(alongX.data() + begin, alongY.data() + begin, rowX, rowY, scale, transform.cx, transform.cy, shape,
                    end - begin, fractionX.data() + begin, fractionY.data() + begin, offsets.data() + begin);
 }
 

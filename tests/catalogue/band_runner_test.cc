@@ -184,9 +184,9 @@ TEST(BandRunnerItself, BandsOfTheCatalogueAreAsListed) {
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.bands != Bands::kNone) names.insert(entry.name);
   }
-  EXPECT_EQ(
-      (std::set<std::string>{"invert", "dark", "clip", "composite", "median", "mosaic", "compose-rgb", "compose-cmy"}),
-      names);
+  EXPECT_EQ((std::set<std::string>{"invert", "dark", "clip", "composite", "median", "mosaic", "compose-rgb",
+                                   "compose-cmy", "compose-lrgb", "compose-lrgb-mean"}),
+            names);
 }
 
 }  // namespace

@@ -17,9 +17,18 @@ TEST(Catalogue, HasEveryOperator) {
   std::set<std::string> names;
   for (OperatorEntry const& entry : Catalogue()) names.insert(entry.name);
   EXPECT_EQ(Catalogue().size(), names.size());
-  EXPECT_EQ((std::set<std::string>{"invert", "dark", "flat", "clip", "gray", "colour", "minmax", "level-area",
-                                   "level-mean", "level-median", "composite", "rejection", "median", "match", "mosaic",
-                                   "compose-rgb", "compose-cmy", "separate", "separate-sum"}),
+  EXPECT_EQ((std::set<std::string>{"invert",       "dark",
+                                   "flat",         "clip",
+                                   "gray",         "colour",
+                                   "minmax",       "level-area",
+                                   "level-mean",   "level-median",
+                                   "composite",    "rejection",
+                                   "median",       "match",
+                                   "mosaic",       "compose-rgb",
+                                   "compose-cmy",  "separate",
+                                   "separate-sum", "lab-enhance",
+                                   "compose-lrgb", "compose-lrgb-mean",
+                                   "compose-lab"}),
             names);
 }
 
