@@ -362,7 +362,7 @@ void SampledRow::SampleShifted(float const* samples, Sample* out) const {
 template <typename Sample>
 void SampledRow::SampleInside(int plane, Sample* out) const {
   if (begin == end) return;
-  float const* const samples = source.GetImageAdr(0, 0, source.IsColor() != 0 ? plane : 0, 1, nullptr);
+  float const* const samples = source.GetImageAdr(0, 0, StoredPlane(plane), 1, nullptr);
   if (isShift) {
     SampleShifted(samples, out);
     return;
@@ -374,7 +374,7 @@ void SampledRow::SampleInside(int plane, Sample* out) const {
 
 void SampledRow::SampleInside256f(int plane, double* out) const {
   SampleInside(plane, out);
-  To256Row(out + begin, end - begin, LevelOf(source, source.IsColor() != 0 ? plane : 0));
+  To256Row(out + begin, end - begin, LevelOf(source, StoredPlane(plane)));
 }
 
 template <typename SamplePlane>
