@@ -6,55 +6,10 @@
 
 #include <orbimg/core/level.h>
 #include <orbimg/core/row_kernel.h>
+#include <orbimg/core/shifted_row_kernels.h>
 #include <orbimg/core/truncate.h>
 
 namespace {
-
-// The two rows of samples that a row of a shifted image lies between. A side of one sample stands for its own
-// neighbour.
-struct RowPair {
-  float const* a0;
-  float const* a1;
-  float const* b0;
-  float const* b1;
-};
-
-template <typename Sample>
-[[gnu::always_inline]] inline void InterpolateRun(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
-                                                  Sample* out) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    out[i] = static_cast<Sample>(orb::InterpolateCell(pair.a0[i], pair.a1[i], pair.b0[i], pair.b1[i], fractions[i], g));
-  }
-}
-
-ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
-                                      float* out) {
-  InterpolateRun(pair, fractions, g, count, out);
-}
-
-ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
-                                      double* out) {
-  InterpolateRun(pair, fractions, g, count, out);
-}
-
-// The same where all columns have one fraction, which spares reading it.
-template <typename Sample>
-[[gnu::always_inline]] inline void InterpolateEvenRun(RowPair pair, double f, double g, std::ptrdiff_t count,
-                                                      Sample* out) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    out[i] = static_cast<Sample>(orb::InterpolateCell(pair.a0[i], pair.a1[i], pair.b0[i], pair.b1[i], f, g));
-  }
-}
-
-ORB_ROW_KERNEL void InterpolateEvenRunRow(RowPair pair, double f, double g, std::ptrdiff_t count, float* out) {
-  InterpolateEvenRun(pair, f, g, count, out);
-}
-
-ORB_ROW_KERNEL void InterpolateEvenRunRow(RowPair pair, double f, double g, std::ptrdiff_t count, double* out) {
-  InterpolateEvenRun(pair, f, g, count, out);
-}
 
 // Where the cells of a plane lie, for columns that find theirs one by one.
 struct PlaneShape {
@@ -325,20 +280,20 @@ void SampledRow::SampleShifted(float const* samples, Sample* out) const {
       std::copy(a + run.cell, a + run.cell + (run.end - run.begin), out + run.begin);
       continue;
     }
-    RowPair const pair{a + run.cell, a + run.cell + shape.NextColumn(), b + run.cell,
-                       b + run.cell + shape.NextColumn()};
+    orb::RowPair const pair{a + run.cell, a + run.cell + shape.NextColumn(), b + run.cell,
+                            b + run.cell + shape.NextColumn()};
     if (run.even) {
-      InterpolateEvenRunRow(pair, run.fraction, row.fraction, run.end - run.begin, out + run.begin);
+      orb::InterpolateEvenRunRow(pair, run.fraction, row.fraction, run.end - run.begin, out + run.begin);
       continue;
     }
-    InterpolateRunRow(pair, fractionX.data() + run.begin, row.fraction, run.end - run.begin, out + run.begin);
+    orb::InterpolateRunRow(pair, fractionX.data() + run.begin, row.fraction, run.end - run.begin, out + run.begin);
   }
 }
 
 template <typename Sample>
 void SampledRow::SampleInside(int plane, Sample* out) const {
   if (begin == end) return;
-  float const* const samples = source.GetImageAdr(0, 0, source.IsColor() != 0 ? plane : 0, 1, nullptr);
+  float const* const samples = source.GetImageAdr(0, 0, StoredPlane(plane), 1, nullptr);
   if (isShift) {
     SampleShifted(samples, out);
     return;
@@ -350,7 +305,7 @@ void SampledRow::SampleInside(int plane, Sample* out) const {
 
 void SampledRow::SampleInside256f(int plane, double* out) const {
   SampleInside(plane, out);
-  To256Row(out + begin, end - begin, LevelOf(source, source.IsColor() != 0 ? plane : 0));
+  To256Row(out + begin, end - begin, LevelOf(source, StoredPlane(plane)));
 }
 
 template <typename SamplePlane>
