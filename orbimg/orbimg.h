@@ -8,6 +8,12 @@
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/truncate.h>
+#include <orbimg/filters/filter.h>
+#include <orbimg/filters/filter_blur.h>
+#include <orbimg/filters/filter_kernel.h>
+#include <orbimg/filters/filter_misc.h>
+#include <orbimg/filters/filter_rows.h>
+#include <orbimg/filters/filter_sharp.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
@@ -19,6 +25,13 @@
 #include <orbimg/stacking/separation.h>
 #include <orbimg/tone/auto_level.h>
 #include <orbimg/tone/lab_color_enhance.h>
+#include <orbimg/tone/bright.h>
+#include <orbimg/tone/calculation.h>
+#include <orbimg/tone/color_balance.h>
+#include <orbimg/tone/false_color.h>
+#include <orbimg/tone/histogram_equalization.h>
+#include <orbimg/tone/reduce_tone.h>
+#include <orbimg/tone/tone_curve.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>
