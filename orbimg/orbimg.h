@@ -7,6 +7,9 @@
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/truncate.h>
+#include <orbimg/display/draw_line.h>
+#include <orbimg/display/draw_text.h>
+#include <orbimg/display/memory_dib.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/matching.h>
@@ -18,3 +21,4 @@
 #include <platform/host_window.h>
 #include <platform/logfont.h>
 #include <platform/rect.h>
+#include <platform/text_rasterizer.h>
