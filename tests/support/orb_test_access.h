@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 #include <orbcim/sample_block_internal.h>
 #include <orbimg/orbimg.h>
@@ -23,6 +24,10 @@ struct OrbTestAccess {
   static CVmImage& StoreOf(CImage& image) { return *image.vmImage; }
 
   static std::size_t RoomForLines(CImgMedianComposit const& median) { return median.lines.size(); }
+
+  static int StrideOf(CMemoryDIB const& dib) { return dib.stride; }
+  static int ColorUseOf(CMemoryDIB const& dib) { return dib.colorUse; }
+  static std::vector<RGBQUAD> ColoursOf(CMemoryDIB const& dib) { return dib.colours; }
 
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {
