@@ -22,6 +22,7 @@ namespace orb {
 struct TextBox {
   int width = 0;
   int height = 0;
+  int missing = 0;                    // characters that no installed face has
   std::vector<std::uint8_t> letters;  // a byte a pixel: 1 where a letter is, 0 elsewhere
 
   bool IsLetter(int x, int y) const {
@@ -39,7 +40,8 @@ inline constexpr std::int64_t kMostBoxPixels = std::int64_t{1} << 28;
 // `scale` times lfHeight where that is above 0, and as wide as the text's advance, wider where a letter leans out of
 // it; what a letter has above or below the line is cut. An empty text has a box of width 0. It is all one line:
 // characters that control a device, line feeds among them, leave a blank, and `&` is a letter like any other. Bytes
-// that are no UTF-8 become U+FFFD. A character that no face has shows as the face's empty box.
+// that are no UTF-8 become U+FFFD. A character that no face has shows as the face's sign for it, an empty box with
+// most, and counts as missing.
 //
 // False, and `box` as it was, where no usable font is installed, this library was built without fonts, or the letters
 // or the box would be larger than the limits above. Lack of memory is std::bad_alloc.

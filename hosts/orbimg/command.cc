@@ -27,6 +27,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddStackCommand(app, context);
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
+  AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
   AddDemoCommand(app, context);
 }

@@ -29,6 +29,7 @@ void AddAlignCommand(CLI::App& app, CommandContext& context);
 void AddStackCommand(CLI::App& app, CommandContext& context);
 void AddLevelCommand(CLI::App& app, CommandContext& context);
 void AddRenderCommand(CLI::App& app, CommandContext& context);
+void AddAnnotateCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddDemoCommand(CLI::App& app, CommandContext& context);
 

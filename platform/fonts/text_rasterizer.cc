@@ -103,8 +103,11 @@ class Faces {
   Glyph Draw(char32_t c) {
     if (FT_UInt const index = first.FindGlyph(c); index != 0) return first.Draw(index);
     if (FontFace const* const other = FindOther(c)) return other->Draw(other->FindGlyph(c));
+    ++missing;
     return first.Draw(0);
   }
+
+  int Missing() const { return missing; }
 
  private:
   FontFace const* FindOther(char32_t c) {
@@ -125,6 +128,7 @@ class Faces {
   EmSize size;
   Emphasis emphasis;
   std::vector<FontFace> opened;
+  int missing = 0;
 };
 
 }  // namespace
@@ -146,6 +150,7 @@ bool RasterizeText(LOGFONT const& font, int scale, std::string const& text, Text
     if (!typesetter.Add(faces.Draw(IsControl(c) ? kBlank : c))) return false;
   }
   box = typesetter.Draw();
+  box.missing = faces.Missing();
   return true;
 }
 

@@ -38,7 +38,8 @@ class BadInputTest : public testing::Test {
             {"align", good, bad, "-o", folder / "out.json"},
             {"stack", good, bad, "-o", folder / "out.fits"},
             {"level", bad, "--set", "1", "2", "-o", folder / "out.fits"},
-            {"render", bad, "-o", folder / "out.png"}};
+            {"render", bad, "-o", folder / "out.png"},
+            {"annotate", bad, "--line", "0", "0", "5", "5", "-o", folder / "out.fits"}};
   }
 
   void ExpectRefused(std::string const& bad, std::vector<std::string> const& parts) {
@@ -132,6 +133,7 @@ TEST_F(BadInputTest, OutputInAMissingFolder) {
         std::vector<std::string>{"align", a, folder / "b.fits", "-o", folder / "none/out.json"},
         std::vector<std::string>{"level", a, "--set", "1", "2", "-o", folder / "none/out.fits"},
         std::vector<std::string>{"render", a, "-o", folder / "none/out.png"},
+        std::vector<std::string>{"annotate", a, "--line", "0", "0", "5", "5", "-o", folder / "none/out.png"},
         std::vector<std::string>{"stack", a, folder / "b.fits", "-o", folder / "s.fits", "--preview",
                                  folder / "none/out.png"},
         std::vector<std::string>{"calibrate", a, "--dark", a, "-o", folder / "none/out"},

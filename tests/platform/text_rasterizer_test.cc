@@ -169,6 +169,7 @@ TEST_F(Rasterizer, JapaneseComesFromAnotherFace) {
   if (!CanDrawJapanese()) GTEST_SKIP() << "no font with Japanese letters is installed";
   TextBox const milkyWay = BoxOf(Font(-40), "天の川");
   EXPECT_GT(milkyWay.width, 100);
+  EXPECT_EQ(milkyWay.missing, 0);
   EXPECT_NE(BoxOf(Font(-40), "天").letters, BoxOf(Font(-40), "川").letters);
   TextBox const mixed = BoxOf(Font(-40), "M 31 天の川");
   EXPECT_EQ(mixed.height, BoxOf(Font(-40), "M 31 ").height);
@@ -176,8 +177,10 @@ TEST_F(Rasterizer, JapaneseComesFromAnotherFace) {
 }
 
 TEST_F(Rasterizer, ACharacterThatNoFaceHasShowsAsASign) {
-  TextBox const box = BoxOf(Font(-40), "\U000E8000");  // in no font's range
-  EXPECT_GT(Ink(box), 0);
+  TextBox const box = BoxOf(Font(-40), "M\U000E8000\U000E8001");  // in no font's range
+  EXPECT_GT(Ink(box), Ink(BoxOf(Font(-40), "M")));
+  EXPECT_EQ(box.missing, 2);
+  EXPECT_EQ(BoxOf(Font(-40), "M").missing, 0);
   EXPECT_EQ(BoxOf(Font(-40), "M\u200B\uFE0FM").letters, BoxOf(Font(-40), "MM").letters);
 }
 
