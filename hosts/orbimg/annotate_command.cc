@@ -68,6 +68,7 @@ std::vector<Text> ParseTexts(std::vector<std::string> const& values) {
   auto const pixel = [&](std::size_t i) { return ParsePixel("--text", values[i], "X Y TEXT"); };
   for (std::size_t i = 0; i + 2 < values.size(); i += 3) {
     texts.push_back(Text{CPoint(pixel(i), pixel(i + 1)), values[i + 2]});
+    if (texts.back().text.empty()) throw HostError(Exit::kUsage, "--text: an empty text; give X Y TEXT");
   }
   return texts;
 }
@@ -195,7 +196,8 @@ void AddLetterOptions(CLI::App& command, AnnotateOptions& options) {
   command.add_flag("--bold", options.bold, "Bold letters");
   command.add_flag("--italic", options.italic, "Slanted letters");
   command.add_flag("--plain", options.plain, "Letters without smoothed edges");
-  command.add_option("--color", options.color, "Of everything drawn, #RRGGBB (default: #ffffff)");
+  command.add_option("--color", options.color,
+                     "Of everything drawn, #RRGGBB; a mono image takes its gray (default: #ffffff)");
 }
 
 }  // namespace

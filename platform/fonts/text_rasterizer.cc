@@ -50,7 +50,7 @@ std::optional<Line> MeasureLine(FontFace const& face, LOGFONT const& font, int s
 // Puts glyphs one after the other; draws them when their extent is known.
 class Typesetter {
  public:
-  Typesetter(Line const& initLine) : line(initLine) {}
+  explicit Typesetter(Line const& initLine) : line(initLine) {}
 
   // False when the box has become too large.
   bool Add(Glyph glyph) {

@@ -259,6 +259,7 @@ TEST_F(Annotate, WrongArgumentsAreNamed) {
   EXPECT_TRUE(FailsInOneLine(Run({"--line", "1", "2", "3"}), Exit::kUsage, {"--line"}));
   EXPECT_TRUE(FailsInOneLine(Run({"--line", "1", "2", "3", "4.5"}), Exit::kUsage, {"--line", "4.5", "X1 Y1 X2 Y2"}));
   EXPECT_TRUE(FailsInOneLine(Run({"--text", "a", "2", "M"}), Exit::kUsage, {"--text", "a", "X Y TEXT"}));
+  EXPECT_TRUE(FailsInOneLine(Run({"--text", "1", "2", ""}), Exit::kUsage, {"--text", "empty"}));
   EXPECT_TRUE(FailsInOneLine(Run({"--text", "99999999999", "2", "M"}), Exit::kUsage, {"--text", "99999999999"}));
   for (char const* color : {"red", "#12345", "#1234567", "#12345g", "-12345", "", "#+12345"}) {
     EXPECT_TRUE(FailsInOneLine(Run({"--line", "1", "2", "3", "4", std::string("--color=") + color}), Exit::kUsage,

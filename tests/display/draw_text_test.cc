@@ -89,6 +89,20 @@ TEST_F(DrawText, TheTextBeginsAtThePoint) {
   }
 }
 
+TEST_F(DrawText, ABoxMayBeOneRowHigh) {
+  CImgDrawText image = Even(90, 3, 1, 0.0f);
+  LOGFONT font = Font(1);
+  font.lfWidth = 6;
+  ASSERT_EQ(image.Do(&image, {2, 1}, "MMMMM", &font, kWhite, 0), 1);
+  TextBox box;
+  ASSERT_TRUE(RasterizeText(font, 1, "MMMMM", box));
+  ASSERT_EQ(box.height, 1);
+  for (int x = 0; x < 90; ++x) {
+    bool const isIn = x >= 2 && x < 2 + box.width;
+    EXPECT_EQ(image.GetPixelGrayRaw(x, 1, 0), isIn && box.IsLetter(x - 2, 0) ? 255.0f : 0.0f);
+  }
+}
+
 TEST_F(DrawText, ColourIsMixedByCoverage) {
   CImgDrawText image = Even(120, 60, 3, 100.0f);
   LOGFONT font = Font(-40);
@@ -137,7 +151,7 @@ TEST_F(DrawText, EqualsThePlainWayEverywhere) {
   Random random(21);
   std::uniform_int_distribution<int> anyWhere(-60, 45);
   char const* const texts[] = {"M 31", "", "&j", "天の川 Orion", "A"};
-  int const heights[] = {-5, 9, -14, 24, 1};
+  int const heights[] = {-5, 9, -14, 24, 4};
   for (int i = 0; i < 240; ++i) {
     int const width = 1 + static_cast<int>(random() % 40);
     int const height = 1 + static_cast<int>(random() % 12);
