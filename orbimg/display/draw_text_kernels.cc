@@ -4,8 +4,8 @@
 
 namespace orb {
 
-// Full scale times a is a itself, so the first composite is only the way in and out. The 0 that the second adds turns
-// -0.0 into 0.0. Both roundings to float are seen.
+// Full scale times a is a itself, so the first composite is only the way in and out. The 0 that the second adds counts
+// where the levels are inverted and black is -0.0.
 ORB_ROW_KERNEL void PassTwiceRow(float const* src, Level from, std::ptrdiff_t count, Level to, float* dst) {
   EachBlock(src, dst, count, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
     ORB_COLUMNS_INDEPENDENT

@@ -1,6 +1,7 @@
 // CImgDrawText: what letters leave of an image, and add to it. The letters themselves are the rasteriser's.
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -182,12 +183,14 @@ TEST_F(DrawText, SpecialSamplesPassLikeInThePlainWay) {
   }
 }
 
-// The sum of the second composite turns -0.0 into 0.0, also where there is no letter.
-TEST_F(DrawText, NoNegativeZeroIsLeft) {
-  CImgDrawText image = Even(4, 4, 1, -0.0f);
-  LOGFONT font = Font(3);
-  ASSERT_EQ(image.Do(&image, {100, 100}, "M", &font, kWhite, 0), 1);
-  EXPECT_TRUE(SameBits(Even(4, 4, 1, 0.0f), image));
+// What the second composite adds where there is no letter is 0, and not nothing: here it turns the sign of a zero.
+TEST_F(DrawText, AddingNothingIsASumToo) {
+  COrbImage src = Even(6, 5, 1, -0.0f);
+  src.SetPixelGrayRaw(2, 2, 7.0f, 0);
+  src.CImage::SetLevel(0, -0.0, -255.0);
+  Pair const pair = Draw(src, src, {100, 100}, "M", Font(6), kWhite, 0);
+  EXPECT_TRUE(SameBits(pair.expected, pair.drawn));
+  EXPECT_TRUE(std::signbit(SamplesOf(pair.drawn)[0]));
 }
 
 TEST_F(DrawText, TheSourceMayBeTheImageItself) {
