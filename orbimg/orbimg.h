@@ -7,6 +7,12 @@
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/truncate.h>
+#include <orbimg/filters/filter.h>
+#include <orbimg/filters/filter_blur.h>
+#include <orbimg/filters/filter_kernel.h>
+#include <orbimg/filters/filter_misc.h>
+#include <orbimg/filters/filter_rows.h>
+#include <orbimg/filters/filter_sharp.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/matching.h>

@@ -18,7 +18,8 @@ TEST(Catalogue, HasEveryOperator) {
   for (OperatorEntry const& entry : Catalogue()) names.insert(entry.name);
   EXPECT_EQ(Catalogue().size(), names.size());
   EXPECT_EQ((std::set<std::string>{"invert", "dark", "flat", "clip", "gray", "colour", "minmax", "level-area",
-                                   "level-mean", "level-median", "composite", "rejection", "median", "match"}),
+                                   "level-mean", "level-median", "composite", "rejection", "median", "match",
+                                   "noise-cut", "disk-rank", "background-smooth", "contour", "custom"}),
             names);
 }
 
