@@ -13,6 +13,8 @@
 #include <orbimg/filters/filter_misc.h>
 #include <orbimg/filters/filter_rows.h>
 #include <orbimg/filters/filter_sharp.h>
+#include <orbimg/filters/filter_special.h>
+#include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/matching.h>
