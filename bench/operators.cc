@@ -16,19 +16,21 @@ constexpr int kWidth = 2048;
 constexpr int kHeight = 2048;
 
 int PlanesOfSource(orb::host::OperatorEntry const& entry, int planes) {
-  return entry.sourceShape == orb::host::SourceShape::kColourToMono ? 3 : planes;
+  using orb::host::SourceShape;
+  return entry.sourceShape == SourceShape::kColourToMono || entry.sourceShape == SourceShape::kColour ? 3 : planes;
 }
 
 int PlanesOfImage(orb::host::OperatorEntry const& entry, int planes) {
+  if (entry.imagePlanes != 0) return entry.imagePlanes;
   if (entry.sourceShape == orb::host::SourceShape::kColourToMono) return 3;
   return entry.sourceShape == orb::host::SourceShape::kAnyToColour ? 1 : planes;
 }
 
-// A stack of nine, each a little further off, from two images.
+// A stack of nine, or the frames that have a name, each a little further off, from two images.
 std::vector<orb::host::PlacedFrame> FramesOf(orb::host::OperatorEntry const& entry, COrbImage& even, COrbImage& odd) {
-  constexpr int kFrames = 9;
+  int const count = entry.frameNames.empty() ? 9 : static_cast<int>(entry.frameNames.size());
   std::vector<orb::host::PlacedFrame> frames;
-  for (int i = 0; entry.TakesFrames() && i < kFrames; ++i) {
+  for (int i = 0; entry.TakesFrames() && i < count; ++i) {
     frames.push_back({i % 2 == 0 ? &even : &odd, {1.3 * i, -0.7 * i, 0.05 * i}});
   }
   return frames;

@@ -14,9 +14,13 @@
 #include <orbimg/filters/filter_rows.h>
 #include <orbimg/filters/filter_sharp.h>
 #include <orbimg/resources/message_table.h>
+#include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/matching.h>
 #include <orbimg/stacking/median_composite.h>
+#include <orbimg/stacking/mosaic.h>
+#include <orbimg/stacking/rgb_composite.h>
+#include <orbimg/stacking/separation.h>
 #include <orbimg/tone/auto_level.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>

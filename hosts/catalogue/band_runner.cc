@@ -5,8 +5,10 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include <hosts/catalogue/shared_view_internal.h>
 
@@ -86,7 +88,25 @@ class TickWindow : public HostWindow {
   Ledger& ledger;
 };
 
-int RunBand(OperatorEntry const& entry, Invocation const& call, Band const& band, HostWindow& window) {
+// The levels of an image, to hand them on from one object to another.
+class Levels {
+ public:
+  explicit Levels(COrbImage const& image) {
+    for (int p = 0; p < image.GetPlanes(); ++p) pairs.emplace_back(image.GetLevelMin(p), image.GetLevelMax(p));
+  }
+  void SetOn(COrbImage& image) const {
+    for (std::size_t p = 0; p < pairs.size(); ++p) {
+      image.CImage::SetLevel(static_cast<int>(p), pairs[p].first, pairs[p].second);
+    }
+  }
+
+ private:
+  std::vector<std::pair<double, double>> pairs;
+};
+
+// `levels` becomes those that the operator left, where it changes them: the same in every band.
+int RunBand(OperatorEntry const& entry, Invocation const& call, Band const& band, HostWindow& window,
+            std::optional<Levels>* levels) {
   COrbImage image;
   COrbImage source;
   COrbImage second;
@@ -116,7 +136,9 @@ int RunBand(OperatorEntry const& entry, Invocation const& call, Band const& band
     own.frames[i].image = &frames[i];
   }
   image.SetProgressHandle(&window);
-  return entry.run(own);
+  int const result = entry.run(own);
+  if (levels != nullptr && entry.changes.levels) levels->emplace(image);
+  return result;
 }
 
 class BandRun {
@@ -144,7 +166,7 @@ class BandRun {
   }
 
   void Report() {
-    call.image->ShowProgressInit(entry.DoesReport(call) ? 1 : 0, entry.message, entry.UnitsOf(call));
+    call.image->ShowProgressInit(entry.DoesReport(call) ? 1 : 0, entry.MessageOf(call), entry.UnitsOf(call));
     int reported = 0;
     for (bool isOver = false; !isOver;) {
       int const ticks = ledger.WaitForTicks(reported, static_cast<int>(workers.size()), isOver);
@@ -157,6 +179,7 @@ class BandRun {
   int Finish() {
     JoinAll();
     if (ledger.Failure()) std::rethrow_exception(ledger.Failure());
+    if (levels) levels->SetOn(*call.image);
     return result;
   }
 
@@ -172,7 +195,7 @@ class BandRun {
     try {
       TickWindow window(ledger);
       for (std::size_t i = next++; i < bands.size() && !isStopped; i = next++) {
-        if (RunBand(entry, call, bands[i], window) == 0) result = 0;
+        if (RunBand(entry, call, bands[i], window, i == 0 ? &levels : nullptr) == 0) result = 0;
       }
     } catch (...) {
       failure = std::current_exception();
@@ -188,6 +211,7 @@ class BandRun {
   std::atomic<int> result{1};
   std::atomic<bool> isStopped{false};
   Ledger ledger;
+  std::optional<Levels> levels;  // of the first band
   std::vector<std::thread> workers;
 };
 

@@ -1,22 +1,52 @@
 #include <hosts/catalogue/catalogue.h>
 
-#include <iterator>
+#include <utility>
 
 #include <hosts/catalogue/rooms_internal.h>
 
 namespace orb::host {
 
+namespace {
+
+struct Room {
+  std::vector<OperatorEntry> (*operators)();
+  char const* group;  // of its entries that name none
+};
+
+constexpr Room kRooms[] = {
+    {CoreOperators, ""},
+    {ToneOperators, ""},
+    {PointOperators, "apply"},
+    {StackingOperators, ""},
+    {ChannelOperators, ""},
+    {LabOperators, ""},
+    {FilterOperators, "filter"},
+    {RankFilterOperators, "filter"},
+    {StarFilterOperators, "filter"},
+};
+
+}  // namespace
+
 std::vector<OperatorEntry> const& Catalogue() {
   static std::vector<OperatorEntry> const all = [] {
     std::vector<OperatorEntry> entries;
-    for (auto room : {CoreOperators, ToneOperators, PointOperators, StackingOperators, ChannelOperators, LabOperators,
-                      FilterOperators, RankFilterOperators, StarFilterOperators}) {
-      std::vector<OperatorEntry> ofRoom = room();
-      entries.insert(entries.end(), std::make_move_iterator(ofRoom.begin()), std::make_move_iterator(ofRoom.end()));
+    for (Room const& room : kRooms) {
+      for (OperatorEntry& entry : room.operators()) {
+        if (entry.group.empty()) entry.group = room.group;
+        entries.push_back(std::move(entry));
+      }
     }
     return entries;
   }();
   return all;
+}
+
+std::vector<OperatorEntry const*> OperatorsOf(std::string const& group) {
+  std::vector<OperatorEntry const*> entries;
+  for (OperatorEntry const& entry : Catalogue()) {
+    if (entry.group == group) entries.push_back(&entry);
+  }
+  return entries;
 }
 
 OperatorEntry const* FindOperator(std::string const& name) {

@@ -13,4 +13,7 @@ std::vector<OperatorEntry> const& Catalogue();
 // Null if there is none of that name.
 OperatorEntry const* FindOperator(std::string const& name);
 
+// Those of a group, in the order of the catalogue.
+std::vector<OperatorEntry const*> OperatorsOf(std::string const& group);
+
 }  // namespace orb::host

@@ -27,6 +27,14 @@ std::string CheckImage(std::string const& role, COrbImage const* image) {
   return "";
 }
 
+std::string PlanesText(int planes) { return fmt::format("{} plane{}", planes, planes == 1 ? "" : "s"); }
+
+std::string CheckImagePlanes(OperatorEntry const& entry, Invocation const& call) {
+  int const planes = call.image->GetPlanes();
+  if (entry.imagePlanes == 0 || planes == entry.imagePlanes) return "";
+  return fmt::format("the image has {}; it must have {}", PlanesText(planes), entry.imagePlanes);
+}
+
 std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
   int const of = call.image->GetPlanes();
   int const source = call.source->GetPlanes();
@@ -37,6 +45,8 @@ std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
       return of == 1 ? "" : "the image has three planes already";
     case SourceShape::kSame:
       return of == source ? "" : fmt::format("the {} has {} planes, the image {}", entry.sourceName, source, of);
+    case SourceShape::kColour:
+      return source == 3 ? "" : fmt::format("the {} has {}; it must have 3", entry.sourceName, PlanesText(source));
     default:
       return "";
   }
@@ -74,7 +84,8 @@ std::string CheckValues(std::vector<Parameter> const& parameters, std::vector<do
 
 std::string CheckFrame(OperatorEntry const& entry, Invocation const& call, std::size_t number) {
   PlacedFrame const& frame = call.frames[number];
-  std::string const role = fmt::format("frame {}", number + 1);
+  std::string const role = entry.frameNames.empty() ? fmt::format("frame {}", number + 1)
+                                                    : fmt::format("the {} frame", entry.frameNames[number]);
   std::string const wrong = CheckImage(role, frame.image);
   if (!wrong.empty()) return wrong;
   if (frame.image == call.image) return role + " must be another image than the result";
@@ -85,6 +96,11 @@ std::string CheckFrame(OperatorEntry const& entry, Invocation const& call, std::
 std::string CheckFrames(OperatorEntry const& entry, Invocation const& call) {
   if (!entry.TakesFrames()) return call.frames.empty() ? "" : "takes no frames";
   if (call.frames.empty()) return "there is no frame";
+  std::size_t const wanted = entry.frameNames.size();
+  if (wanted != 0 && call.frames.size() != wanted) {
+    return fmt::format("{} frames; there must be {}: {}", call.frames.size(), wanted,
+                       fmt::join(entry.frameNames, ", "));
+  }
   std::string wrong;
   for (std::size_t i = 0; wrong.empty() && i < call.frames.size(); ++i) wrong = CheckFrame(entry, call, i);
   return wrong;
@@ -130,6 +146,7 @@ std::string CheckRectangle(OperatorEntry const& entry, Invocation const& call) {
 
 std::string FindWrong(OperatorEntry const& entry, Invocation const& call) {
   std::string wrong = CheckImage("the image", call.image);
+  if (wrong.empty()) wrong = CheckImagePlanes(entry, call);
   if (wrong.empty()) wrong = CheckValues(entry.parameters, call.values);
   if (wrong.empty() && entry.sourceShape != SourceShape::kNone) wrong = CheckSource(entry, call);
   if (wrong.empty() && entry.needsSecond) wrong = CheckSecond(call);

@@ -8,6 +8,7 @@ namespace {
 OperatorEntry Invert() {
   OperatorEntry entry;
   entry.name = "invert";
+  entry.group = "apply";
   entry.title = "turns bright into dark within the levels";
   entry.mayRunInPlace = true;
   entry.levelUse = LevelUse::kAlways;
@@ -64,6 +65,7 @@ OperatorEntry Flat() {
 OperatorEntry Clip() {
   OperatorEntry entry;
   entry.name = "clip";
+  entry.group = "apply";
   entry.title = "limits every sample to the levels of its plane";
   entry.sourceShape = SourceShape::kNone;
   entry.takesRectangle = false;
@@ -80,6 +82,7 @@ OperatorEntry Clip() {
 OperatorEntry ToGray() {
   OperatorEntry entry;
   entry.name = "gray";
+  entry.group = "apply";
   entry.title = "makes one plane of the brightness of three";
   entry.sourceShape = SourceShape::kColourToMono;
   entry.takesRectangle = false;
@@ -94,6 +97,7 @@ OperatorEntry ToGray() {
 OperatorEntry ToColour() {
   OperatorEntry entry;
   entry.name = "colour";
+  entry.group = "apply";
   entry.title = "makes three planes: those of a colour source, or three times that of a mono one";
   entry.sourceShape = SourceShape::kAnyToColour;
   entry.takesRectangle = false;

@@ -42,7 +42,7 @@ struct Invocation {
   std::vector<double> values;  // one a parameter, in their order
   CRect* rect = nullptr;       // null: the whole image
   int progress = 0;
-  std::vector<PlacedFrame> frames = {};    // of operators with frame parameters, one at least
+  std::vector<PlacedFrame> frames = {};    // of operators with frame parameters
   std::vector<double>* results = nullptr;  // of operators with results: becomes one a result, in their order
 };
 
@@ -54,6 +54,7 @@ enum class SourceShape {
   kColourToMono,  // the same size; source and image have three planes, and the image is left with one
   kAnyToColour,   // the same size; the image has one plane and is left with three
   kAny,           // any size, one plane or three
+  kColour,        // the same size, three planes whatever those of the image
 };
 
 // What is counted for progress. "Rows" are those of the rectangle, limited to the image.
@@ -97,19 +98,27 @@ struct Changes {
 struct OperatorEntry {
   std::string name;   // as on a command line: "invert"
   std::string title;  // one line
+  // The subcommand of the program that offers it by its name: "apply", "filter" ...; empty where a subcommand of its
+  // own does, or none. Empty in a room that has a group (see catalogue.cc) stands for that group.
+  std::string group;
   std::vector<Parameter> parameters;
 
+  int imagePlanes = 0;  // what the image must have; 0: one plane or three
   SourceShape sourceShape = SourceShape::kSame;
   std::string sourceName = "source";       // what messages call it: "source", "dark", "flat"
   bool needsSecond = false;                // a second image, of any size
   std::vector<Parameter> frameParameters;  // of each frame; none: the operator takes no frames
+  std::vector<std::string> frameNames;     // one frame of each name, in this order; none: any number, one at least
   std::vector<Result> results;             // the numbers that it finds out
   bool takesRectangle = true;
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
   Changes changes;
+  // Whether a call writes a plane of the image; null: it writes all.
+  bool (*writesPlane)(Invocation const&, int plane) = nullptr;
 
-  int message = 0;  // number of the progress text; 0: none
+  int message = 0;                                    // number of the progress text; 0: none
+  int (*messageOfCall)(Invocation const&) = nullptr;  // where it depends on the call
   Reports reports = Reports::kOnRequest;
   Units units = Units::kNone;  // what the run announces
   // What it counts: more than it announces for one operator; kNone for a search, where it is not known before.
@@ -128,6 +137,10 @@ struct OperatorEntry {
   // Place of a parameter; -1 if there is none of that name.
   int Find(std::string const& parameter) const;
   bool TakesFrames() const { return !frameParameters.empty(); }
+  bool WritesPlane(Invocation const& call, int plane) const {
+    return writesPlane == nullptr || writesPlane(call, plane);
+  }
+  int MessageOf(Invocation const& call) const { return messageOfCall == nullptr ? message : messageOfCall(call); }
   // Whether this call reports progress, and how much.
   bool DoesReport(Invocation const& call) const;
   int UnitsOf(Invocation const& call) const;

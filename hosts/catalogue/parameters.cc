@@ -26,4 +26,13 @@ Parameter Choice(std::string name, std::vector<std::string> choices, std::string
   return Parameter{name, Parameter::Kind::kChoice, "", 0.0, last, 0.0, help, choices};
 }
 
+std::vector<Parameter> Placement(std::string const& what, double mostAngle) {
+  constexpr double kMostShift = 1e6;
+  return {
+      Real("dx", "pixels", -kMostShift, kMostShift, 0.0, "shift of the " + what + " to the right"),
+      Real("dy", "pixels", -kMostShift, kMostShift, 0.0, "shift of the " + what + " downwards"),
+      Real("angle", "degrees", -mostAngle, mostAngle, 0.0, "rotation of the " + what + " about its standard centre"),
+  };
+}
+
 }  // namespace orb::host

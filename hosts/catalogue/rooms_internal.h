@@ -42,4 +42,7 @@ Parameter Integer(std::string name, std::string unit, int least, int most, int b
 Parameter Flag(std::string name, std::string help);
 Parameter Choice(std::string name, std::vector<std::string> choices, std::string help);
 
+// "dx", "dy" and "angle" of an image that is sampled through the transform; `what` is what it is called.
+std::vector<Parameter> Placement(std::string const& what, double mostAngle);
+
 }  // namespace orb::host

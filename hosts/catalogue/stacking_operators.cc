@@ -12,14 +12,6 @@ constexpr int kOwnMessage = -1;
 // What both kinds of composite begin with.
 enum Place : std::size_t { kDx, kDy, kAngle, kLevels, kRatio, kMode, kClamp, kThreshold = kMode, kRadius };
 
-std::vector<Parameter> Placement(std::string const& what, double mostAngle) {
-  return {
-      Real("dx", "pixels", -kMostShift, kMostShift, 0.0, "shift of the " + what + " to the right"),
-      Real("dy", "pixels", -kMostShift, kMostShift, 0.0, "shift of the " + what + " downwards"),
-      Real("angle", "degrees", -mostAngle, mostAngle, 0.0, "rotation of the " + what + " about its standard centre"),
-  };
-}
-
 OperatorEntry OfTwoFrames(double mostAngle) {
   OperatorEntry entry;
   entry.sourceName = "first image";

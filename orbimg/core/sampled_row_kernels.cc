@@ -1,9 +1,12 @@
 #include <orbimg/core/sampled_row_kernels.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
 
 #include <orbimg/core/level.h>
 #include <orbimg/core/row_kernel.h>
+#include <orbimg/core/truncate.h>
 
 namespace {
 
@@ -91,28 +94,55 @@ ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY,
 // Columns that are gathered before they are interpolated, so that only the gathering goes column by column.
 constexpr std::ptrdiff_t kBlock = 64;
 
-struct Corners {
-  float a0[kBlock];
-  float a1[kBlock];
-  float b0[kBlock];
-  float b1[kBlock];
+// Two samples beside each other, which are read and written as one.
+struct Neighbours {
+  float left;
+  float right;
+};
+
+// A plane, where the cells of a row's columns begin in it, and how far from there the rest of a cell lies.
+struct CellsOfRow {
+  float const* samples;
+  std::ptrdiff_t const* offsets;
+  std::ptrdiff_t nextColumn;  // 0 or 1
+  std::ptrdiff_t nextRow;
+  std::ptrdiff_t ahead;  // what is asked for beforehand
+
+  // The cells of `count` columns from `first` on.
+  void Gather(std::ptrdiff_t first, std::ptrdiff_t count, Neighbours* above, Neighbours* below) const {
+    if (nextColumn == 0) {
+      for (std::ptrdiff_t i = 0; i < count; ++i) {
+        float const* const a = samples + offsets[first + i];
+        above[i] = Neighbours{a[0], a[0]};
+        below[i] = Neighbours{a[nextRow], a[nextRow]};
+      }
+      return;
+    }
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+      float const* const a = samples + offsets[first + i];
+      std::memcpy(&above[i], a, sizeof(Neighbours));
+      std::memcpy(&below[i], a + nextRow, sizeof(Neighbours));
+    }
+  }
+
+  // A turned row crosses many rows of the plane, too many for the processor to see where the next ones go on. What is
+  // asked for may lie beyond the plane, which does no harm.
+  void AskAhead(std::ptrdiff_t first, std::ptrdiff_t count) const {
+    for (std::ptrdiff_t i = 0; i < count; i += orb::kColumnsPerCacheLine / 2) {
+      __builtin_prefetch(samples + offsets[first + i] + ahead, 0);
+    }
+  }
 };
 
 template <typename Sample>
-[[gnu::always_inline]] inline void InterpolateCells(float const* samples, std::ptrdiff_t const* offsets,
-                                                    double const* fractionX, double const* fractionY,
-                                                    std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
-                                                    std::ptrdiff_t count, Sample* out) {
-  Corners c;
+[[gnu::always_inline]] inline void InterpolateCells(CellsOfRow const& cells, double const* fractionX,
+                                                    double const* fractionY, std::ptrdiff_t count, Sample* out) {
+  Neighbours above[kBlock];
+  Neighbours below[kBlock];
   for (std::ptrdiff_t first = 0; first < count; first += kBlock) {
     std::ptrdiff_t const n = std::min(kBlock, count - first);
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
-      float const* const a = samples + offsets[first + i];
-      c.a0[i] = a[0];
-      c.a1[i] = a[nextColumn];
-      c.b0[i] = a[nextRow];
-      c.b1[i] = a[nextRow + nextColumn];
-    }
+    cells.AskAhead(first, n);
+    cells.Gather(first, n, above, below);
     double const* const fx = fractionX + first;
     double const* const fy = fractionY + first;
     Sample* const o = out + first;
@@ -120,24 +150,22 @@ template <typename Sample>
     for (std::ptrdiff_t i = 0; i < n; ++i) {
       double const f = fx[i];
       double const g = fy[i];
-      double const a0 = c.a0[i];
-      double const between = orb::InterpolateCell(a0, c.a1[i], c.b0[i], c.b1[i], f, g);
+      double const a0 = above[i].left;
+      double const between = orb::InterpolateCell(a0, above[i].right, below[i].left, below[i].right, f, g);
       // Neither fraction is negative, so their sum is 0 only where both are.
       o[i] = static_cast<Sample>(f + g == 0.0 ? a0 : between);
     }
   }
 }
 
-ORB_ROW_KERNEL void InterpolateCellsRow(float const* samples, std::ptrdiff_t const* offsets, double const* fractionX,
-                                        double const* fractionY, std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
+ORB_ROW_KERNEL void InterpolateCellsRow(CellsOfRow const& cells, double const* fractionX, double const* fractionY,
                                         std::ptrdiff_t count, float* out) {
-  InterpolateCells(samples, offsets, fractionX, fractionY, nextColumn, nextRow, count, out);
+  InterpolateCells(cells, fractionX, fractionY, count, out);
 }
 
-ORB_ROW_KERNEL void InterpolateCellsRow(float const* samples, std::ptrdiff_t const* offsets, double const* fractionX,
-                                        double const* fractionY, std::ptrdiff_t nextColumn, std::ptrdiff_t nextRow,
+ORB_ROW_KERNEL void InterpolateCellsRow(CellsOfRow const& cells, double const* fractionX, double const* fractionY,
                                         std::ptrdiff_t count, double* out) {
-  InterpolateCells(samples, offsets, fractionX, fractionY, nextColumn, nextRow, count, out);
+  InterpolateCells(cells, fractionX, fractionY, count, out);
 }
 
 ORB_ROW_KERNEL void To256Row(double* values, std::ptrdiff_t count, orb::Level level) {
@@ -195,6 +223,9 @@ ColumnInterval InsideColumns(std::ptrdiff_t count, int size, bool rising, Coordi
 
 namespace orb {
 
+// How many rows beforehand the memory of a turned image is asked for.
+constexpr double kRowsAhead = 4.0;
+
 SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double dy, double sinA, double cosA)
     : source(image),
       transform{dx, dy, sinA, cosA, 1.0, image.GetStdCtr().fx, image.GetStdCtr().fy},
@@ -243,6 +274,9 @@ void SampledRow::PrepareRotation(int left) {
   alongY.resize(At(count));
   fractionY.resize(At(count));
   offsets.resize(At(count));
+  // One row further down here is sinA columns and cosA rows further in the source.
+  ahead = static_cast<std::ptrdiff_t>(TruncateToInt(std::round(kRowsAhead * transform.cosA))) * source.GetWidth() +
+          TruncateToInt(std::round(kRowsAhead * transform.sinA));
   for (std::ptrdiff_t i = 0; i < count; ++i) {
     double const p = left + i - transform.cx - transform.dx;
     alongX[At(i)] = p * transform.cosA;
@@ -306,8 +340,8 @@ void SampledRow::SampleInside(int plane, Sample* out) const {
     return;
   }
   PlaneShape const shape{source.GetWidth(), source.GetHeight()};
-  InterpolateCellsRow(samples, offsets.data() + begin, fractionX.data() + begin, fractionY.data() + begin,
-                      shape.NextColumn(), shape.NextRow(), end - begin, out + begin);
+  CellsOfRow const cells{samples, offsets.data() + begin, shape.NextColumn(), shape.NextRow(), ahead};
+  InterpolateCellsRow(cells, fractionX.data() + begin, fractionY.data() + begin, end - begin, out + begin);
 }
 
 void SampledRow::SampleInside256f(int plane, double* out) const {

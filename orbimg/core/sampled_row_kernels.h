@@ -99,6 +99,7 @@ class ORBIMG_API SampledRow {
   CellPosition row{};
 
   std::vector<std::ptrdiff_t> offsets;  // of a rotated row: from the plane's first sample to the cell
+  std::ptrdiff_t ahead = 0;             // of a rotation: from a cell to that of the same column some rows later
   std::vector<double> scratch[3];
 };
 

@@ -17,15 +17,35 @@ TEST(Catalogue, HasEveryOperator) {
   std::set<std::string> names;
   for (OperatorEntry const& entry : Catalogue()) names.insert(entry.name);
   EXPECT_EQ(Catalogue().size(), names.size());
-  EXPECT_EQ((std::set<std::string>{"invert", "dark", "flat", "clip", "gray", "colour", "minmax", "level-area",
-                                   "level-mean", "level-median", "composite", "rejection", "median", "match",
-                                   "noise-cut", "disk-rank", "background-smooth", "contour", "custom"}),
+  EXPECT_EQ((std::set<std::string>{"invert",       "dark",
+                                   "flat",         "clip",
+                                   "gray",         "colour",
+                                   "minmax",       "level-area",
+                                   "level-mean",   "level-median",
+                                   "composite",    "rejection",
+                                   "median",       "match",
+                                   "mosaic",       "compose-rgb",
+                                   "compose-cmy",  "separate",
+                                   "separate-sum", "noise-cut",
+                                   "disk-rank",    "background-smooth",
+                                   "contour",      "custom"}),
             names);
 }
 
 TEST(Catalogue, FindsByName) {
   for (OperatorEntry const& entry : Catalogue()) EXPECT_EQ(&entry, host::FindOperator(entry.name));
   EXPECT_EQ(nullptr, host::FindOperator("no such"));
+}
+
+TEST(Catalogue, GroupsHoldTheEntriesThatNameThem) {
+  std::set<std::string> names;
+  for (OperatorEntry const* entry : host::OperatorsOf("apply")) {
+    EXPECT_EQ("apply", entry->group);
+    names.insert(entry->name);
+  }
+  EXPECT_TRUE(names.contains("invert"));
+  EXPECT_FALSE(names.contains("match"));
+  EXPECT_TRUE(host::OperatorsOf("no such").empty());
 }
 
 void ExpectSentence(std::string const& text) {

@@ -79,12 +79,13 @@ class Trial {
   void AddFrames(Random& random, int width, int height, int otherPlanes) {
     std::vector<std::vector<double>> const placements = {
         {0.0, 0.0, 0.0}, {1.25, -2.0, 0.0}, {-0.5, 0.75, 3.5}, {width / 2.0, height / 3.0, -40.0}};
-    for (std::size_t i = 0; i < placements.size(); ++i) {
+    std::size_t const count = entry.frameNames.empty() ? placements.size() : entry.frameNames.size();
+    for (std::size_t i = 0; i < count; ++i) {
       int const more = static_cast<int>(i);
       frames.push_back(
           RandomImage(random, width + more, std::max(height - more, 1), i % 2 == 0 ? image.GetPlanes() : otherPlanes));
     }
-    for (std::size_t i = 0; i < placements.size(); ++i) call.frames.push_back({&frames[i], placements[i]});
+    for (std::size_t i = 0; i < count; ++i) call.frames.push_back({&frames[i], placements[i]});
   }
 };
 
@@ -140,8 +141,10 @@ inline std::vector<Way> AllWays() {
       for (int sourcePlanes : {1, 3}) {
         for (int secondPlanes : {1, 3}) {
           SourceShape const shape = entry.sourceShape;
-          bool const mayDiffer =
-              shape == SourceShape::kFrame || shape == SourceShape::kAnyToColour || shape == SourceShape::kAny;
+          bool const mayDiffer = shape == SourceShape::kFrame || shape == SourceShape::kAnyToColour ||
+                                 shape == SourceShape::kAny || shape == SourceShape::kColour;
+          if (entry.imagePlanes != 0 && planes != entry.imagePlanes) continue;
+          if (shape == SourceShape::kColour && sourcePlanes != 3) continue;
           if (!mayDiffer && sourcePlanes != planes) continue;
           if (!entry.needsSecond && !entry.TakesFrames() && secondPlanes != 1) continue;
           if (shape == SourceShape::kColourToMono && planes != 3) continue;

@@ -222,6 +222,20 @@ TEST(SampledRow, BetweenTheLastColumnAndTheEdgeReadsTheLastColumn) {
   EXPECT_EQ(-1.0f, out[4]);
 }
 
+// Nothing beside a single column is read: here that would be the infinity of another row.
+TEST(SampledRow, ASingleColumnStandsForItsOwnNeighbour) {
+  COrbImage image(-32, 1, 3, 1, 1.0, 0.0, 1, nullptr, nullptr);
+  SetSamples(image, {1, 2, std::numeric_limits<float>::infinity()});
+  image.SetStdCtr(0, 0);
+  ExpectEqualsSingleSamples(image, Turned(0.0, 0.5, 1.0), 0, 1, 3);
+  float value = 0.0f;
+  Geometry const g = Turned(0.0, 0.5, 1.0);
+  SampledRow row(image, 0, 1, g.dx, g.dy, g.sinA, g.cosA);
+  row.Locate(1);
+  row.SampleRaw(0, -1.0, &value);
+  EXPECT_NEAR(1.5, value, 1e-3);
+}
+
 TEST(SampledRow, EmptyAndReversedColumnsDoNothing) {
   COrbImage image(-32, 3, 3, 1, 1.0, 0.0, 1, nullptr, nullptr);
   for (int const right : {2, -5}) {

@@ -24,6 +24,16 @@ struct OrbTestAccess {
 
   static std::size_t RoomForLines(CImgMedianComposit const& median) { return median.lines.size(); }
 
+  static CRect CalcRect(CImgFilter& filter, CRect* rect) {
+    CRect bounds;
+    filter.CalcRect(bounds.left, bounds.top, bounds.right, bounds.bottom, rect);
+    return bounds;
+  }
+  static void CalcShift(CImgFilter& filter, int& dx, int& dy, COrbImage& image) { filter.CalcShift(dx, dy, 0, &image); }
+  static void SetFilterAdr(CImgFilter& filter, int x, int y, int plane, int radius, float** rows, unsigned flags) {
+    filter.SetFilterAdr(x, y, plane, radius, rows, flags);
+  }
+
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {
     CVmImage& store = *image.vmImage;
