@@ -30,11 +30,11 @@ inline double Limit(double v) {
 
 ORB_ROW_KERNEL void ReduceToneRow(float const* src, float* dst, std::ptrdiff_t count, Level level, int n) {
   ToneQuotient const quotient(n);
-  double const tones = n;
+  double const tones = n * kInverse256;  // exact, so that tones * v is n * v * (1 / 256) to the bit
   EachBlock(src, dst, count, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
     ORB_COLUMNS_INDEPENDENT
     for (std::ptrdiff_t x = begin; x < end; ++x) {
-      double const step = std::floor(tones * Limit(level.To256(src[x])) * kInverse256);
+      double const step = std::floor(tones * Limit(level.To256(src[x])));
       dst[x] = static_cast<float>(level.ToRaw(quotient.Of(step) * 255.0));
     }
   });
