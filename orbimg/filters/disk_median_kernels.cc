@@ -11,20 +11,39 @@ namespace orb {
 
 namespace {
 
+// The exchanges for the entry in the middle, from `first` on.
 template <int kInputs>
-constexpr auto MedianExchanges() {
-  std::array<Exchange, SelectionExchanges(kInputs, kInputs / 2).size()> list;
-  std::vector<Exchange> const exchanges = SelectionExchanges(kInputs, kInputs / 2);
-  std::copy(exchanges.begin(), exchanges.end(), list.begin());
-  return list;
-}
+class MedianNetwork {
+ public:
+  constexpr MedianNetwork() {
+    std::size_t next = 0;
+    EachSortExchange(kInputs, [&](Exchange const& e) { exchanges[next++] = e; });
+    std::array<char, kInputs> isNeeded{};
+    isNeeded[kInputs / 2] = 1;
+    first = PruneExchanges(exchanges, isNeeded);
+  }
+
+  constexpr std::size_t Size() const { return kOfSort - first; }
+  constexpr Exchange At(std::size_t i) const { return exchanges[first + i]; }
+
+ private:
+  static constexpr std::size_t CountOfSort() {
+    std::size_t count = 0;
+    EachSortExchange(kInputs, [&](Exchange const&) { ++count; });
+    return count;
+  }
+  static constexpr std::size_t kOfSort = CountOfSort();
+
+  std::array<Exchange, kOfSort> exchanges{};
+  std::size_t first = 0;
+};
 
 template <int kInputs>
-inline constexpr auto kMedianExchanges = MedianExchanges<kInputs>();
+inline constexpr MedianNetwork<kInputs> kMedianNetwork;
 
 template <int kInputs, std::size_t kIndex>
 [[gnu::always_inline]] inline void Apply(std::int32_t* v) {
-  constexpr Exchange e = kMedianExchanges<kInputs>[kIndex];
+  constexpr Exchange e = kMedianNetwork<kInputs>.At(kIndex);
   std::int32_t const p = v[e.lower];
   std::int32_t const q = v[e.upper];
   if constexpr (e.kind != Exchange::kLarger) v[e.lower] = p < q ? p : q;
@@ -46,7 +65,7 @@ template <int kInputs>
   ORB_COLUMNS_INDEPENDENT
   for (std::ptrdiff_t x = 0; x < count; ++x) {
     out[x] = MedianAt<kInputs>(row, x, std::make_index_sequence<kInputs>(),
-                               std::make_index_sequence<kMedianExchanges<kInputs>.size()>());
+                               std::make_index_sequence<kMedianNetwork<kInputs>.Size()>());
   }
 }
 

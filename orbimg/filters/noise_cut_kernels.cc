@@ -18,7 +18,7 @@ ORB_ROW_KERNEL void CutNoiseRow(float const* src, float const* medians, std::ptr
     double const q = std::fabs(static_cast<double>(m) / static_cast<double>(c) - 1.0);
     bool const isCool = l.cutCool & (c < m) & (q > l.coolThreshold);
     bool const isHot = l.cutHot & (c > m) & (q > l.hotThreshold);
-    dst[x] = isCool | isHot ? m : c;
+    dst[x] = (isCool | isHot) ? m : c;
   }
 }
 
