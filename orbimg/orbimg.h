@@ -14,6 +14,9 @@
 #include <orbimg/filters/filter_misc.h>
 #include <orbimg/filters/filter_rows.h>
 #include <orbimg/filters/filter_sharp.h>
+#include <orbimg/display/draw_line.h>
+#include <orbimg/display/draw_text.h>
+#include <orbimg/display/memory_dib.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
@@ -38,3 +41,4 @@
 #include <platform/host_window.h>
 #include <platform/logfont.h>
 #include <platform/rect.h>
+#include <platform/text_rasterizer.h>

@@ -31,6 +31,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddComposeCommand(app, context);
   AddMosaicCommand(app, context);
   AddSplitCommand(app, context);
+  AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
   AddDemoCommand(app, context);
 }

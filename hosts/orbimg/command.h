@@ -33,6 +33,7 @@ void AddOperatorCommands(CLI::App& app, CommandContext& context);  // one for ea
 void AddComposeCommand(CLI::App& app, CommandContext& context);
 void AddMosaicCommand(CLI::App& app, CommandContext& context);
 void AddSplitCommand(CLI::App& app, CommandContext& context);
+void AddAnnotateCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddDemoCommand(CLI::App& app, CommandContext& context);
 

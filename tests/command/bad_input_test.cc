@@ -42,7 +42,8 @@ class BadInputTest : public testing::Test {
             {"compose", "rgb", "--red", good, "--green", bad, "--blue", good, "-o", folder / "out.fits"},
             {"mosaic", good, bad, "-o", folder / "out.fits"},
             {"split", bad, "-o", folder / "out"},
-            {"render", bad, "-o", folder / "out.png"}};
+            {"render", bad, "-o", folder / "out.png"},
+            {"annotate", bad, "--line", "0", "0", "5", "5", "-o", folder / "out.fits"}};
   }
 
   void ExpectRefused(std::string const& bad, std::vector<std::string> const& parts) {
@@ -137,6 +138,7 @@ TEST_F(BadInputTest, OutputInAMissingFolder) {
         std::vector<std::string>{"align", a, folder / "b.fits", "-o", folder / "none/out.json"},
         std::vector<std::string>{"level", a, "--set", "1", "2", "-o", folder / "none/out.fits"},
         std::vector<std::string>{"render", a, "-o", folder / "none/out.png"},
+        std::vector<std::string>{"annotate", a, "--line", "0", "0", "5", "5", "-o", folder / "none/out.png"},
         std::vector<std::string>{"stack", a, folder / "b.fits", "-o", folder / "s.fits", "--preview",
                                  folder / "none/out.png"},
         std::vector<std::string>{"calibrate", a, "--dark", a, "-o", folder / "none/out"},
