@@ -17,6 +17,8 @@
 #include <orbimg/display/draw_line.h>
 #include <orbimg/display/draw_text.h>
 #include <orbimg/display/memory_dib.h>
+#include <orbimg/filters/filter_special.h>
+#include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>

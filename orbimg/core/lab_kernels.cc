@@ -28,6 +28,12 @@ struct Roots {
 // How close a number may come to a step of the model before its last bits matter. Its error is below 1e-13.
 constexpr double kStepMargin = 1e-9;
 
+// All are evaluated: a loop without branches fills vectors.
+template <typename... Conditions>
+[[gnu::always_inline]] inline bool AreAll(Conditions... conditions) {
+  return (int{conditions} & ...) != 0;
+}
+
 [[gnu::always_inline]] inline bool IsOff(double v, double step) { return std::fabs(v - step) >= kStepMargin; }
 
 // X, Y, Z over the white's, from encoded channels. z is about m^(-1/5): m^(6/5) = (m z^2)^2.
@@ -100,7 +106,8 @@ ORB_ROW_KERNEL void RgbToLabRow(ColorBlock const& rgb, std::ptrdiff_t count, Col
     double const fz = RootOrLine(t.third[i], zz[i]);
     Put(Triple{Lightness(t.second[i], fy), (fx - fy) * 500.0, (fy - fz) * 200.0}, i, lab);
     roots.sum[i] = fx + fy + fz;
-    bool const isSure = IsOff(t.first[i], kLeastCube) & IsOff(t.second[i], kLeastCube) & IsOff(t.third[i], kLeastCube);
+    bool const isSure =
+        AreAll(IsOff(t.first[i], kLeastCube), IsOff(t.second[i], kLeastCube), IsOff(t.third[i], kLeastCube));
     doubts.column[i] += isSure ? 0.0 : 1.0;
   }
 }
@@ -157,9 +164,9 @@ ORB_ROW_KERNEL void LabToRgbRow(ColorBlock const& lab, Roots const& roots, std::
     double const greatest = std::max(std::max(std::fabs(fx), std::fabs(fy)), std::fabs(fz));
     double const least =
         greatest * greatest * (kLeastOfSolving * greatest + kLeastOfRoots * (std::fabs(fy) + roots.sum[i]));
-    bool const isSure = (std::fabs(solved.x) >= least) & (std::fabs(solved.y) >= least) &
-                        (std::fabs(solved.z) >= least) & IsOff(ty, kLeastCube) & IsOff(l, kGreatestLinearLightness) &
-                        IsOff(fx, kLeastRoot) & IsOff(fz, kLeastRoot) & (m[i] >= kMeanOfSmall) & (m[i] <= kMeanOfLarge);
+    bool const isSure = AreAll(std::fabs(solved.x) >= least, std::fabs(solved.y) >= least, std::fabs(solved.z) >= least,
+                               IsOff(ty, kLeastCube), IsOff(l, kGreatestLinearLightness), IsOff(fx, kLeastRoot),
+                               IsOff(fz, kLeastRoot), m[i] >= kMeanOfSmall, m[i] <= kMeanOfLarge);
     doubts.column[i] += isSure ? 0.0 : 1.0;
   }
   orb::GuessInverseRoots<11>(m, count, guess);

@@ -2,96 +2,93 @@
 // a weight of at most 29 bits and so exact in a double, and a fused operation rounds like the two it stands for.
 #include <orbimg/filters/convolution_kernels.h>
 
-#include <orbimg/filters/row_vectors_internal.h>
+#include <algorithm>
+
 #include <orbimg/filters/widest_clones_internal.h>
 
 namespace {
 
-using orb::Doubles;
-using orb::Floats;
-using orb::kLanes;
 using orb::Tap;
 
-constexpr std::ptrdiff_t kColumns = 4 * kLanes;  // four sums at once hide the time that one addition takes
+constexpr std::ptrdiff_t kBlock = 512;  // columns whose sums stay in the first cache
 
-#define ORB_LOAD(vector, address) std::memcpy(&(vector), (address), sizeof(vector))
-
-template <typename Out>
-[[gnu::always_inline]] inline void StoreLanes(Doubles const& sum, Out* out) {
-  if constexpr (sizeof(Out) == sizeof(double)) {
-    std::memcpy(out, &sum, sizeof(sum));
-  } else {
-    Floats const narrow = __builtin_convertvector(sum, Floats);
-    std::memcpy(out, &narrow, sizeof(narrow));
+// sums[x] += weight * samples[x], one tap after the other, for kTaps taps at a time so that a sum is fetched once.
+template <int kTaps, typename Sum>
+[[gnu::always_inline]] inline void AddTaps(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, Sum* sums) {
+  float const* samples[kTaps];
+  double weights[kTaps];
+  for (int t = 0; t < kTaps; ++t) {
+    samples[t] = taps[t].samples + begin;
+    weights[t] = taps[t].weight;
+  }
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t x = 0; x < count; ++x) {
+    Sum sum = sums[x];
+    for (int t = 0; t < kTaps; ++t) {
+      sum = static_cast<Sum>(static_cast<double>(sum) + weights[t] * static_cast<double>(samples[t][x]));
+    }
+    sums[x] = sum;
   }
 }
 
-template <typename Out>
-[[gnu::always_inline]] inline void SumTaps(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, Out* out) {
-  orb::EachColumnBlock<kColumns>(
-      count,
-      [=](std::ptrdiff_t x) __attribute__((always_inline)) {
-        Doubles a{}, b{}, c{}, d{};
-        for (std::size_t t = 0; t < tapCount; ++t) {
-          float const* const samples = taps[t].samples + x;
-          double const weight = taps[t].weight;
-          Floats s0, s1, s2, s3;
-          ORB_LOAD(s0, samples);
-          ORB_LOAD(s1, samples + kLanes);
-          ORB_LOAD(s2, samples + 2 * kLanes);
-          ORB_LOAD(s3, samples + 3 * kLanes);
-          a += weight * __builtin_convertvector(s0, Doubles);
-          b += weight * __builtin_convertvector(s1, Doubles);
-          c += weight * __builtin_convertvector(s2, Doubles);
-          d += weight * __builtin_convertvector(s3, Doubles);
-        }
-        StoreLanes(a, out + x);
-        StoreLanes(b, out + x + kLanes);
-        StoreLanes(c, out + x + 2 * kLanes);
-        StoreLanes(d, out + x + 3 * kLanes);
-      },
-      [=](std::ptrdiff_t x) __attribute__((always_inline)) {
-        double sum = 0.0;
-        for (std::size_t t = 0; t < tapCount; ++t) sum += taps[t].weight * static_cast<double>(taps[t].samples[x]);
-        out[x] = static_cast<Out>(sum);
-      });
+// Functions of their own, one a kind: a compiler that sees them all in one loop joins them, and then makes no vectors.
+ORB_WIDEST_CLONES void AddEight(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, double* sums) {
+  AddTaps<8>(taps, begin, count, sums);
+}
+ORB_WIDEST_CLONES void AddThree(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, double* sums) {
+  AddTaps<3>(taps, begin, count, sums);
+}
+ORB_WIDEST_CLONES void AddOne(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, double* sums) {
+  AddTaps<1>(taps, begin, count, sums);
+}
+// Sums of float are narrowed after each term.
+ORB_WIDEST_CLONES void AddEight(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, float* sums) {
+  AddTaps<8>(taps, begin, count, sums);
+}
+ORB_WIDEST_CLONES void AddThree(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, float* sums) {
+  AddTaps<3>(taps, begin, count, sums);
+}
+ORB_WIDEST_CLONES void AddOne(Tap const* taps, std::ptrdiff_t begin, std::ptrdiff_t count, float* sums) {
+  AddTaps<1>(taps, begin, count, sums);
+}
+
+ORB_WIDEST_CLONES void Narrow(double const* sums, std::ptrdiff_t count, float* out) {
+  for (std::ptrdiff_t x = 0; x < count; ++x) out[x] = static_cast<float>(sums[x]);
+}
+
+template <typename Sum>
+void SumBlock(Tap const* taps, std::size_t tapCount, std::ptrdiff_t begin, std::ptrdiff_t count, Sum* sums) {
+  std::fill_n(sums, count, Sum{0});
+  std::size_t t = 0;
+  for (; t + 8 <= tapCount; t += 8) AddEight(taps + t, begin, count, sums);
+  for (; t + 3 <= tapCount; t += 3) AddThree(taps + t, begin, count, sums);
+  for (; t < tapCount; ++t) AddOne(taps + t, begin, count, sums);
+}
+
+// Calls block(begin, count) for the blocks of a row.
+template <typename Block>
+void EachBlockOf(std::ptrdiff_t count, Block block) {
+  for (std::ptrdiff_t begin = 0; begin < count; begin += kBlock) block(begin, std::min(kBlock, count - begin));
 }
 
 }  // namespace
 
 namespace orb {
 
-ORB_WIDEST_CLONES void SumTapsRow(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, double* out) {
-  SumTaps(taps, tapCount, count, out);
+void SumTapsRow(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, double* out) {
+  EachBlockOf(count, [&](std::ptrdiff_t begin, std::ptrdiff_t n) { SumBlock(taps, tapCount, begin, n, out + begin); });
 }
 
-ORB_WIDEST_CLONES void SumTapsRow(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, float* out) {
-  SumTaps(taps, tapCount, count, out);
+void SumTapsRow(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, float* out) {
+  alignas(64) double sums[kBlock];
+  EachBlockOf(count, [&](std::ptrdiff_t begin, std::ptrdiff_t n) {
+    SumBlock(taps, tapCount, begin, n, sums);
+    Narrow(sums, n, out + begin);
+  });
 }
 
-ORB_WIDEST_CLONES void SumTapsNarrowRow(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, float* out) {
-  EachColumnBlock<kColumns>(
-      count,
-      [=](std::ptrdiff_t x) __attribute__((always_inline)) {
-        Floats sums[4] = {};
-        for (std::size_t t = 0; t < tapCount; ++t) {
-          for (int i = 0; i < 4; ++i) {
-            Floats samples;
-            ORB_LOAD(samples, taps[t].samples + x + i * kLanes);
-            Doubles const sum =
-                __builtin_convertvector(sums[i], Doubles) + taps[t].weight * __builtin_convertvector(samples, Doubles);
-            sums[i] = __builtin_convertvector(sum, Floats);
-          }
-        }
-        std::memcpy(out + x, sums, sizeof(sums));
-      },
-      [=](std::ptrdiff_t x) __attribute__((always_inline)) {
-        float sum = 0.0f;
-        for (std::size_t t = 0; t < tapCount; ++t) {
-          sum = static_cast<float>(static_cast<double>(sum) + taps[t].weight * static_cast<double>(taps[t].samples[x]));
-        }
-        out[x] = sum;
-      });
+void SumTapsNarrowRow(Tap const* taps, std::size_t tapCount, std::ptrdiff_t count, float* out) {
+  EachBlockOf(count, [&](std::ptrdiff_t begin, std::ptrdiff_t n) { SumBlock(taps, tapCount, begin, n, out + begin); });
 }
 
 }  // namespace orb

@@ -1,5 +1,9 @@
 #include <orbimg/filters/disk_internal.h>
 
+#include <algorithm>
+#include <cmath>
+
+#include <orbimg/core/truncate.h>
 #include <platform/object.h>
 
 namespace orb {
@@ -36,5 +40,7 @@ int Disk::Count() const {
   for (int dy = -above; dy <= below; ++dy) count += 2 * HalfWidth(dy) + 1;
   return count;
 }
+
+Disk DiskOfRadius(double radius) { return Disk(std::max(1, TruncateToInt(std::ceil(radius))), radius); }
 
 }  // namespace orb

@@ -33,4 +33,7 @@ class ORBIMG_API Disk {
   int below = 0;
 };
 
+// The disk of a real radius in pixels, in a square of this radius rounded up, 1 at least.
+ORBIMG_API Disk DiskOfRadius(double radius);
+
 }  // namespace orb

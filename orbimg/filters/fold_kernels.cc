@@ -1,6 +1,56 @@
+#include <algorithm>
+
 #include <orbimg/core/row_kernel.h>
 #include <orbimg/filters/convolution_kernels.h>
-#include <orbimg/filters/row_vectors_internal.h>
+#include <orbimg/filters/wide_kernels.h>
+
+namespace {
+
+constexpr std::ptrdiff_t kBlock = 512;  // columns whose sums stay in the first cache
+
+// totals[x] += factors[i] * (sums[x - i] + sums[x + i]) for kPairs values of i from `first` on.
+template <int kPairs>
+[[gnu::always_inline]] inline void AddPairs(double const* sums, double const* factors, int first, std::ptrdiff_t count,
+                                            double* totals) {
+  double const* left[kPairs];
+  double const* right[kPairs];
+  double weights[kPairs];
+  for (int i = 0; i < kPairs; ++i) {
+    left[i] = sums - first - i;
+    right[i] = sums + first + i;
+    weights[i] = factors[first + i];
+  }
+  ORB_COLUMNS_INDEPENDENT
+  for (std::ptrdiff_t x = 0; x < count; ++x) {
+    double total = totals[x];
+    for (int i = 0; i < kPairs; ++i) total += weights[i] * (left[i][x] + right[i][x]);
+    totals[x] = total;
+  }
+}
+
+// Functions of their own, one a kind: a compiler that sees them all in one loop joins them, and then makes no vectors.
+ORB_ROW_KERNEL void AddFivePairs(double const* sums, double const* factors, int first, std::ptrdiff_t count,
+                                 double* totals) {
+  AddPairs<5>(sums, factors, first, count, totals);
+}
+ORB_ROW_KERNEL void AddTwoPairs(double const* sums, double const* factors, int first, std::ptrdiff_t count,
+                                double* totals) {
+  AddPairs<2>(sums, factors, first, count, totals);
+}
+ORB_ROW_KERNEL void AddPair(double const* sums, double const* factors, int first, std::ptrdiff_t count,
+                            double* totals) {
+  AddPairs<1>(sums, factors, first, count, totals);
+}
+
+ORB_ROW_KERNEL void Scale(double const* sums, double factor, std::ptrdiff_t count, double* totals) {
+  for (std::ptrdiff_t x = 0; x < count; ++x) totals[x] = factor * sums[x];
+}
+
+ORB_ROW_KERNEL void Narrow(double const* totals, std::ptrdiff_t count, float* out) {
+  for (std::ptrdiff_t x = 0; x < count; ++x) out[x] = static_cast<float>(totals[x]);
+}
+
+}  // namespace
 
 namespace orb {
 
@@ -12,33 +62,19 @@ ORB_ROW_KERNEL void ClipRow(float const* samples, std::ptrdiff_t count, float lo
   }
 }
 
-ORB_ROW_KERNEL void FoldRow(double const* sums, double const* factors, int radius, std::ptrdiff_t count, float* out) {
-  constexpr std::ptrdiff_t kVectors = 4;
-  EachColumnBlock<kVectors * kLanes>(
-      count,
-      [=](std::ptrdiff_t x) __attribute__((always_inline)) {
-        Doubles totals[kVectors];
-        std::memcpy(totals, sums + x, sizeof(totals));
-        for (Doubles& total : totals) total *= factors[0];
-        for (int i = 1; i <= radius; ++i) {
-          for (std::ptrdiff_t k = 0; k < kVectors; ++k) {
-            Doubles left;
-            Doubles right;
-            std::memcpy(&left, sums + x + k * kLanes - i, sizeof(left));
-            std::memcpy(&right, sums + x + k * kLanes + i, sizeof(right));
-            totals[k] += factors[i] * (left + right);
-          }
-        }
-        for (std::ptrdiff_t k = 0; k < kVectors; ++k) {
-          Floats const narrow = __builtin_convertvector(totals[k], Floats);
-          std::memcpy(out + x + k * kLanes, &narrow, sizeof(narrow));
-        }
-      },
-      [=](std::ptrdiff_t x) __attribute__((always_inline)) {
-        double total = factors[0] * sums[x];
-        for (int i = 1; i <= radius; ++i) total += factors[i] * (sums[x - i] + sums[x + i]);
-        out[x] = static_cast<float>(total);
-      });
+void FoldRow(double const* sums, double const* factors, int radius, std::ptrdiff_t count, float* out) {
+  if (count >= kLeastColumns && HasWideVectors()) return FoldWideRow(sums, factors, radius, count, out);
+  alignas(64) double totals[kBlock];
+  for (std::ptrdiff_t begin = 0; begin < count; begin += kBlock) {
+    std::ptrdiff_t const n = std::min(kBlock, count - begin);
+    double const* const from = sums + begin;
+    Scale(from, factors[0], n, totals);
+    int i = 1;
+    for (; i + 5 <= radius + 1; i += 5) AddFivePairs(from, factors, i, n, totals);
+    for (; i + 2 <= radius + 1; i += 2) AddTwoPairs(from, factors, i, n, totals);
+    for (; i <= radius; ++i) AddPair(from, factors, i, n, totals);
+    Narrow(totals, n, out + begin);
+  }
 }
 
 }  // namespace orb

@@ -96,19 +96,24 @@ template <int kA, int kB>
   Exchange(s.at[0], s.at[1]);
 }
 
+// Of as many columns as there are, up to kLanes.
 [[gnu::always_inline]] inline void LoadKeys(float const* samples, std::ptrdiff_t count, Keys& keys) {
-  keys = Keys{};
   if (count >= kLanes) {
     std::memcpy(&keys, samples, sizeof(keys));
   } else {
-    std::memcpy(&keys, samples, static_cast<std::size_t>(count) * sizeof(float));
+    keys = Keys{};
+    for (std::ptrdiff_t i = 0; i < count; ++i) keys[i] = std::bit_cast<std::int32_t>(samples[i]);
   }
   keys ^= (keys >> 31) & INT32_MAX;
 }
 
 [[gnu::always_inline]] inline void StoreKeys(Keys keys, std::ptrdiff_t count, float* out) {
   keys ^= (keys >> 31) & INT32_MAX;
-  std::memcpy(out, &keys, static_cast<std::size_t>(std::min(count, kLanes)) * sizeof(float));
+  if (count >= kLanes) {
+    std::memcpy(out, &keys, sizeof(keys));
+  } else {
+    for (std::ptrdiff_t i = 0; i < count; ++i) out[i] = std::bit_cast<float>(static_cast<std::int32_t>(keys[i]));
+  }
 }
 
 // The sorted samples of a block of columns, one row an entry.

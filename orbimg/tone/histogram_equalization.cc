@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include <orbimg/tone/histogram_equalization_kernels.h>
 #include <orbimg/tone/rank_classes_internal.h>
@@ -35,13 +36,11 @@ class PlaneEqualizer {
     levels = std::make_unique_for_overwrite<float[]>(samples);
     keys = std::make_unique_for_overwrite<std::uint64_t[]>(samples);
     orb::RankClasses classes(min, max);
-    for (int y = 0; y < height; ++y) classes.AddRow(SourceRow(y), width, PlacesOf(y));
-    orb::RankBuckets buckets(classes);
-    for (int y = 0; y < height; ++y) buckets.AddRow(SourceRow(y), width, PlacesOf(y));
+    Classify(classes);
     DrawTies(classes);
-    MakeKeys(classes, buckets);
-    Rank(classes, buckets);
-    WriteLevels(buckets);
+    MakeKeys(classes);
+    Rank(classes);
+    WriteLevels(classes);
   }
 
  private:
@@ -51,44 +50,67 @@ class PlaneEqualizer {
     return places.get() + static_cast<std::size_t>(width) * static_cast<std::size_t>(y);
   }
 
-  // One number for each sample of a class, in the order of the plane; those beyond its room are drawn in vain.
+  void Classify(orb::RankClasses& classes) {
+    constexpr int kRowsLookedAt = 32;
+    int const step = std::max(height / kRowsLookedAt, 1);
+    for (int y = 0; y < height; y += step) classes.LookAt(SourceRow(y), width);
+    classes.Divide(1.0 / step);
+    for (int y = 0; y < height; ++y) classes.AddRow(SourceRow(y), width, PlacesOf(y));
+    if (!classes.Count()) return;
+    for (int y = 0; y < height; ++y) classes.DropFromRow(width, PlacesOf(y));
+  }
+
+  // One number for each sample of a class, in the order of the plane; those that were dropped are drawn in vain.
   void DrawTies(orb::RankClasses const& classes) {
     float* next = levels.get();
-    for (int c = 0; c < orb::kRankClasses; ++c) {
+    for (std::size_t c = 0; c < orb::kRankClasses; ++c) {
       std::size_t const kept = classes.KeptOf(c);
       for (std::size_t i = 0; i < kept; ++i) *next++ = static_cast<float>(std::rand());
       for (std::size_t i = kept; classes.IsCounted(c) && i < classes.SizeOf(c); ++i) static_cast<void>(std::rand());
     }
   }
 
-  void MakeKeys(orb::RankClasses const& classes, orb::RankBuckets& buckets) {
+  // Where the samples of each bucket begin, among all in the order of the buckets.
+  static std::vector<std::size_t> BeginsOf(orb::RankClasses const& classes) {
+    std::vector<std::size_t> begins;
+    std::size_t next = 0;
+    for (orb::RankBucket const& bucket : classes.Buckets()) {
+      begins.push_back(next);
+      next += bucket.size;
+    }
+    return begins;
+  }
+
+  void MakeKeys(orb::RankClasses const& classes) {
     std::size_t nextTies[orb::kRankClasses];
     std::size_t first = 0;
-    for (int c = 0; c < orb::kRankClasses; ++c) {
+    for (std::size_t c = 0; c < orb::kRankClasses; ++c) {
       nextTies[c] = first;
       first += classes.KeptOf(c);
     }
-    buckets.Start();
+    orb::RankBucket const* const buckets = classes.Buckets().data();
+    std::vector<std::size_t> next = BeginsOf(classes);
     for (int y = 0; y < height; ++y) {
       float const* const row = SourceRow(y);
       orb::RankPlace const* const rowPlaces = PlacesOf(y);
       for (int x = 0; x < width; ++x) {
-        if (rowPlaces[x] == orb::kUnranked) continue;
-        orb::RankBucket& bucket = buckets[rowPlaces[x]];
-        keys[bucket.next++] = orb::RankKey(row[x], levels[nextTies[bucket.rankClass]++]);
+        std::size_t const place = rowPlaces[x];
+        if (place == orb::kUnranked) continue;
+        keys[next[place]++] = orb::RankKey(row[x], levels[nextTies[buckets[place].rankClass]++]);
       }
     }
   }
 
   // The levels of all samples in the order of the buckets, in the place of the ties.
-  void Rank(orb::RankClasses const& classes, orb::RankBuckets& buckets) {
+  void Rank(orb::RankClasses const& classes) {
     orb::RankSorter sorter;
-    std::size_t bucket = 0;
     std::size_t first = 0;
-    for (int c = 0; c < orb::kRankClasses; ++c) {
-      for (; bucket < buckets.Count() && buckets[bucket].rankClass == c; ++bucket) {
-        RankBucketAt(first, buckets.SizeOf(bucket), classes, sorter);
-        first += buckets.SizeOf(bucket);
+    std::size_t bucket = 0;
+    for (std::size_t c = 0; c < orb::kRankClasses; ++c) {
+      for (; bucket < classes.Buckets().size() && classes.Buckets()[bucket].rankClass == c; ++bucket) {
+        std::size_t const size = classes.Buckets()[bucket].size;
+        RankBucketAt(first, size, classes, sorter);
+        first += size;
       }
       if (classes.IsCounted(c)) image.ShowProgress(1);
     }
@@ -97,22 +119,22 @@ class PlaneEqualizer {
   void RankBucketAt(std::size_t first, std::size_t count, orb::RankClasses const& classes, orb::RankSorter& sorter) {
     constexpr std::size_t kBlock = 256;
     float ofRanks[kBlock];
-    orb::RankSorter::Entry const* const sorted = sorter.Sort(keys.get() + first, count);
+    std::size_t const* const sorted = sorter.Sort(keys.get() + first, count);
     for (std::size_t begin = 0; begin < count; begin += kBlock) {
       std::size_t const block = std::min(count - begin, kBlock);
       orb::RankLevelRow(first + begin, static_cast<std::ptrdiff_t>(block), classes.Range(),
                         static_cast<double>(samples), classes.Min(), ofRanks);
-      for (std::size_t i = 0; i < block; ++i) levels[first + sorted[begin + i].place] = ofRanks[i];
+      for (std::size_t i = 0; i < block; ++i) levels[first + sorted[begin + i]] = ofRanks[i];
     }
   }
 
-  void WriteLevels(orb::RankBuckets& buckets) {
-    buckets.Start();
+  void WriteLevels(orb::RankClasses const& classes) {
+    std::vector<std::size_t> next = BeginsOf(classes);
     for (int y = 0; y < height; ++y) {
       float* const row = ImageRow(y);
       orb::RankPlace const* const rowPlaces = PlacesOf(y);
       for (int x = 0; x < width; ++x) {
-        if (rowPlaces[x] != orb::kUnranked) row[x] = levels[buckets[rowPlaces[x]].next++];
+        if (rowPlaces[x] != orb::kUnranked) row[x] = levels[next[rowPlaces[x]]++];
       }
     }
   }

@@ -1,4 +1,7 @@
-// The classes of value in which the equalisation ranks samples, and the buckets that divide large classes.
+// The classes of value in which the equalisation ranks samples, and the buckets into which large classes are divided.
+//
+// Three walks over the rows of a plane, of which only the second is needed: LookAt some rows and Divide; AddRow for all
+// and Count; and if that says so, DropFromRow for all.
 #pragma once
 
 #include <array>
@@ -8,74 +11,63 @@
 
 namespace orb {
 
-// Where a sample belongs: first the number of its class, then that of its bucket.
+// The number of a sample's bucket.
 using RankPlace = std::uint16_t;
 
 inline constexpr RankPlace kUnranked = 0xFFFF;
 inline constexpr int kRankClasses = 257;
 
-// The classes of a plane, by their edges, and how many samples each takes.
+// A part of a class, of neighbouring values. The numbers of buckets rise with the values.
+struct RankBucket {
+  std::size_t rankClass;
+  std::size_t size = 0;
+};
+
 class RankClasses {
  public:
   // min < max, both finite.
   RankClasses(double min, double max);
 
-  // Writes the class of each sample, and counts.
+  // Guesses from some rows, `share` of all, where the samples are. Decides nothing but the speed.
+  void LookAt(float const* src, int count);
+  void Divide(double share);
+
+  // Writes the bucket of each sample.
   void AddRow(float const* src, int count, RankPlace* places);
+  // Whether there are classes with more samples than they keep.
+  bool Count();
+  // Takes those that are too many out of their buckets. Rows in the order of the plane.
+  void DropFromRow(int count, RankPlace* places);
 
   double Min() const { return edges[0]; }
   double Range() const { return range; }
-  double EdgeOf(int c) const { return edges[static_cast<std::size_t>(c)]; }
   // Whether the formula for the number of the class counts samples in it.
-  bool IsCounted(int c) const { return counted[static_cast<std::size_t>(c)] > 0; }
+  bool IsCounted(std::size_t c) const { return counted[c] > 0; }
   // Samples between its edges.
-  std::size_t SizeOf(int c) const { return sizes[static_cast<std::size_t>(c)]; }
+  std::size_t SizeOf(std::size_t c) const { return sizes[c]; }
   // Those of them that get a rank: the first ones of the plane.
-  std::size_t KeptOf(int c) const;
-
- private:
-  RankPlace ClassOf(double v, int bin) const;
-
-  double range;
-  std::array<double, kRankClasses + 1> edges;
-  std::array<std::size_t, kRankClasses + 1> counted{};
-  std::array<std::size_t, kRankClasses + 1> sizes{};
-};
-
-// A part of a class, of neighbouring values.
-struct RankBucket {
-  int rankClass;
-  std::size_t next = 0;  // where its next sample goes, among all samples in the order of the buckets
-};
-
-class RankBuckets {
- public:
-  explicit RankBuckets(RankClasses const& classes);
-
-  // From classes to buckets. All rows of the plane, in their order.
-  void AddRow(float const* src, int count, RankPlace* places);
-  // Starts the buckets one behind another; again for another walk over all samples.
-  void Start();
-
-  std::size_t Count() const { return buckets.size(); }
-  RankBucket& operator[](std::size_t bucket) { return buckets[bucket]; }
-  std::size_t SizeOf(std::size_t bucket) const { return sizes[bucket]; }
+  std::size_t KeptOf(std::size_t c) const;
+  std::vector<RankBucket> const& Buckets() const { return buckets; }
 
  private:
   // How a class is divided.
   struct Division {
     double min;
-    double scale;      // buckets a raw unit
-    std::size_t last;  // of its buckets, counted from the first
-    std::size_t first;
-    std::size_t room;  // samples that may still get a rank
+    double scale;  // buckets a raw unit
+    int last;      // of its buckets, counted from the first
+    int first;
   };
 
-  RankPlace BucketOf(double v, Division& division);
+  std::size_t ClassOf(double v, std::size_t bin) const;
+  std::size_t BucketOf(double v, std::size_t c) const;
 
-  std::vector<Division> divisions;
+  double range;
+  std::array<double, kRankClasses + 1> edges;
+  std::array<std::size_t, kRankClasses> counted{};
+  std::array<std::size_t, kRankClasses> sizes{};
+  std::array<std::size_t, kRankClasses> room{};  // that is left while dropping
+  std::array<Division, kRankClasses> divisions;
   std::vector<RankBucket> buckets;
-  std::vector<std::size_t> sizes;
 };
 
 }  // namespace orb

@@ -1,76 +1,132 @@
 #include <algorithm>
 #include <array>
-#include <bit>
 
 #include <orbimg/tone/rank_sorter_internal.h>
+#include <orbimg/tone/rank_sorter_kernels.h>
 
 namespace orb {
 
 namespace {
 
-using Entry = RankSorter::Entry;
-
-constexpr std::size_t kFew = 24;  // that many are inserted one by one
+constexpr std::size_t kFew = 16;  // that many are inserted one by one
 constexpr int kMostBits = 11;     // of the number of a part
-
-void InsertionSort(Entry* entries, std::size_t count) {
-  for (std::size_t i = 1; i < count; ++i) {
-    Entry const entry = entries[i];
-    std::size_t at = i;
-    for (; at > 0 && entry.key < entries[at - 1].key; --at) entries[at] = entries[at - 1];
-    entries[at] = entry;
-  }
-}
 
 int WidthOf(std::uint64_t number) { return static_cast<int>(std::bit_width(number)); }
 
-// Splits the range of keys into about as many equal parts as there are entries.
-struct Parts {
-  std::uint64_t least;
-  int shift;
-  std::size_t count;
+std::uint64_t KeyOf(std::uint64_t item) { return item; }
 
-  std::size_t Of(std::uint64_t key) const { return static_cast<std::size_t>((key - least) >> shift); }
-};
-
-Parts PartsOf(Entry const* entries, std::size_t count) {
-  std::uint64_t least = entries[0].key;
-  std::uint64_t most = least;
-  for (std::size_t i = 1; i < count; ++i) {
-    least = std::min(least, entries[i].key);
-    most = std::max(most, entries[i].key);
-  }
-  int const shift = std::max(WidthOf(most - least) - std::min(WidthOf(count), kMostBits), 0);
-  return {least, shift, static_cast<std::size_t>((most - least) >> shift) + 1};
+template <typename Item>
+std::uint64_t KeyOf(Item const& item) {
+  return item.key;
 }
 
-// Leaves the order in `entries`; `spare` has the same room. Linear: each round takes bits of the keys away, so that
-// there are few rounds, whatever the keys.
-void SortEntries(Entry* entries, Entry* spare, std::size_t count) {
-  if (count <= kFew) return InsertionSort(entries, count);
-  Parts const parts = PartsOf(entries, count);
-  if (parts.count == 1) return;  // all keys are equal
-  std::array<std::size_t, (std::size_t{1} << kMostBits) + 1> ends;
-  std::fill_n(ends.begin(), parts.count + 1, 0);
-  for (std::size_t i = 0; i < count; ++i) ++ends[parts.Of(entries[i].key) + 1];
-  for (std::size_t i = 1; i < parts.count; ++i) ends[i] += ends[i - 1];
-  for (std::size_t i = 0; i < count; ++i) spare[ends[parts.Of(entries[i].key)]++] = entries[i];
-  std::copy_n(spare, count, entries);
-  for (std::size_t i = 0, begin = 0; i < parts.count; begin = ends[i++]) {
-    if (ends[i] - begin > 1) SortEntries(entries + begin, spare + begin, ends[i] - begin);
+KeyRange RangeOf(std::uint64_t const* items, std::size_t count) {
+  return RangeOfKeys(items, static_cast<std::ptrdiff_t>(count));
+}
+
+template <typename Item>
+KeyRange RangeOf(Item const* items, std::size_t count) {
+  KeyRange range{KeyOf(items[0]), KeyOf(items[0])};
+  for (std::size_t i = 1; i < count; ++i) {
+    range.least = std::min(range.least, KeyOf(items[i]));
+    range.most = std::max(range.most, KeyOf(items[i]));
+  }
+  return range;
+}
+
+// `to` may be `from`.
+template <typename Item>
+void InsertEach(Item const* from, std::size_t count, Item* to) {
+  for (std::size_t i = 0; i < count; ++i) {
+    Item const item = from[i];
+    std::size_t at = i;
+    for (; at > 0 && KeyOf(item) < KeyOf(to[at - 1]); --at) to[at] = to[at - 1];
+    to[at] = item;
+  }
+}
+
+// About as many equal parts of a range as there are items.
+class Parts {
+ public:
+  // Moves the items to their parts, in the order in which they come.
+  template <typename Item>
+  Parts(Item const* items, std::size_t count, KeyRange range, Item* to)
+      : least(range.least),
+        shift(std::max(WidthOf(range.most - least) - std::min(WidthOf(count), kMostBits), 0)),
+        parts(PartOf(range.most) + 1) {
+    std::fill_n(ends.begin(), parts, 0);
+    for (std::size_t i = 0; i < count; ++i) ++ends[PartOf(KeyOf(items[i]))];
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < parts; ++i) {
+      std::size_t const size = ends[i];
+      fullest = std::max(fullest, size);
+      ends[i] = begin;
+      begin += size;
+    }
+    for (std::size_t i = 0; i < count; ++i) to[ends[PartOf(KeyOf(items[i]))]++] = items[i];
+  }
+
+  std::size_t Count() const { return parts; }
+  std::size_t Fullest() const { return fullest; }
+  std::size_t End(std::size_t part) const { return ends[part]; }
+
+ private:
+  std::size_t PartOf(std::uint64_t key) const { return static_cast<std::size_t>((key - least) >> shift); }
+
+  std::uint64_t least;
+  int shift;
+  std::size_t parts;
+  std::size_t fullest = 0;
+  std::array<std::size_t, (std::size_t{1} << kMostBits)> ends;
+};
+
+// Sorts by splitting the range of the keys until few items are left in a part. Linear: each round takes bits of the
+// keys away, so that there are few rounds, whatever the keys. Items of equal keys stay in their order. The result
+// stands in `items`, or in `spare`, which has the same room.
+template <typename Item>
+void SortItems(Item* items, Item* spare, std::size_t count, KeyRange range, bool isForSpare) {
+  Item* const result = isForSpare ? spare : items;
+  if (count <= kFew || range.least == range.most) return InsertEach(items, count, result);
+  Parts const parts(items, count, range, spare);
+  // Nothing is further from its place than the fullest part is long.
+  if (parts.Fullest() <= kFew) return InsertEach(spare, count, result);
+  for (std::size_t i = 0, begin = 0; i < parts.Count(); begin = parts.End(i++)) {
+    std::size_t const size = parts.End(i) - begin;
+    if (size == 0) continue;
+    SortItems(spare + begin, items + begin, size, RangeOf(spare + begin, size), !isForSpare);
   }
 }
 
 }  // namespace
 
-Entry const* RankSorter::Sort(std::uint64_t const* keys, std::size_t count) {
-  if (entries.size() < count) {
-    entries.resize(count);
-    spare.resize(count);
+std::size_t const* RankSorter::Sort(std::uint64_t const* keys, std::size_t count) {
+  if (places.size() < count) places.resize(count);
+  if (count == 0) return places.data();
+  auto const [least, most] = RangeOf(keys, count);
+  int const placeBits = WidthOf(count - 1);
+  if (WidthOf(most - least) + placeBits <= 64) {
+    SortPacked(keys, count, least, most, placeBits);
+  } else {
+    SortKeyed(keys, count, least, most);
   }
-  for (std::size_t i = 0; i < count; ++i) entries[i] = {keys[i], i};
-  SortEntries(entries.data(), spare.data(), count);
-  return entries.data();
+  return places.data();
+}
+
+// Most buckets are so narrow that key and place fit one number.
+void RankSorter::SortPacked(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most,
+                            int placeBits) {
+  if (packed.size() < 2 * count) packed.resize(2 * count);
+  for (std::size_t i = 0; i < count; ++i) packed[i] = (keys[i] - least) << placeBits | i;
+  std::uint64_t const mask = (std::uint64_t{1} << placeBits) - 1;
+  SortItems(packed.data(), packed.data() + count, count, {0, (most - least) << placeBits | mask}, false);
+  for (std::size_t i = 0; i < count; ++i) places[i] = static_cast<std::size_t>(packed[i] & mask);
+}
+
+void RankSorter::SortKeyed(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most) {
+  if (keyed.size() < 2 * count) keyed.resize(2 * count);
+  for (std::size_t i = 0; i < count; ++i) keyed[i] = {keys[i], i};
+  SortItems(keyed.data(), keyed.data() + count, count, {least, most}, false);
+  for (std::size_t i = 0; i < count; ++i) places[i] = keyed[i].place;
 }
 
 }  // namespace orb

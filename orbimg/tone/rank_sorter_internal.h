@@ -20,19 +20,25 @@ inline std::uint64_t RankKey(float value, float tie) {
   return std::uint64_t{ordered} << 32 | static_cast<std::uint32_t>(tie);
 }
 
-// Sorts the numbers 0 .. count - 1 by keys. Equal keys stay in their order.
+// Sorts places 0 .. count - 1 by their keys. Equal keys stay in the order of their places.
 class ORBIMG_API RankSorter {
  public:
-  // Where each number of the sorted order came from; valid until the next call.
-  struct Entry {
+  // The places in their new order, valid until the next call.
+  std::size_t const* Sort(std::uint64_t const* keys, std::size_t count);
+
+ private:
+  struct Keyed {
     std::uint64_t key;
     std::size_t place;
   };
-  Entry const* Sort(std::uint64_t const* keys, std::size_t count);
 
- private:
-  std::vector<Entry> entries;
-  std::vector<Entry> spare;
+  // `least` and `most` are the extremes of the keys.
+  void SortPacked(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most, int placeBits);
+  void SortKeyed(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most);
+
+  std::vector<std::uint64_t> packed;
+  std::vector<Keyed> keyed;
+  std::vector<std::size_t> places;
 };
 
 }  // namespace orb

@@ -185,13 +185,33 @@ TEST(BandRunnerItself, BandsOfTheCatalogueAreAsListed) {
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.bands != Bands::kNone) names.insert(entry.name);
   }
-  EXPECT_EQ(
-      (std::set<std::string>{"invert",       "dark",        "clip",        "composite",         "median",
-                             "mosaic",       "compose-rgb", "compose-cmy", "compose-lrgb",      "compose-lrgb-mean",
-                             "bright",       "calculate",   "balance",     "posterise",         "curve",
-                             "false-colour", "noise-cut",   "disk-rank",   "background-smooth", "contour",
-                             "custom"}),
-      names);
+  EXPECT_EQ((std::set<std::string>{"background-smooth",
+                                   "balance",
+                                   "bright",
+                                   "calculate",
+                                   "clip",
+                                   "compose-cmy",
+                                   "compose-lrgb",
+                                   "compose-lrgb-mean",
+                                   "compose-rgb",
+                                   "composite",
+                                   "contour",
+                                   "curve",
+                                   "custom",
+                                   "dark",
+                                   "digital-development",
+                                   "disk-rank",
+                                   "false-colour",
+                                   "invert",
+                                   "median",
+                                   "mosaic",
+                                   "nebula-smooth",
+                                   "noise-cut",
+                                   "posterise",
+                                   "rotational-gradient",
+                                   "star-enhance",
+                                   "star-sharp"}),
+            names);
 }
 
 }  // namespace

@@ -245,8 +245,8 @@ TEST(RankSorter, EqualsAStableSort) {
       for (std::size_t i = 0; i < count; ++i) expected[i] = i;
       std::stable_sort(expected.begin(), expected.end(),
                        [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
-      auto const* const sorted = sorter.Sort(keys.data(), count);
-      for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(expected[i], sorted[i].place) << count << ' ' << bits;
+      std::size_t const* const sorted = sorter.Sort(keys.data(), count);
+      for (std::size_t i = 0; i < count; ++i) ASSERT_EQ(expected[i], sorted[i]) << count << ' ' << bits;
     }
   }
 }
