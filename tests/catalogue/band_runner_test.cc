@@ -186,11 +186,13 @@ TEST(BandRunnerItself, BandsOfTheCatalogueAreAsListed) {
     if (entry.bands != Bands::kNone) names.insert(entry.name);
   }
   EXPECT_EQ(
-      (std::set<std::string>{"invert",       "dark",        "clip",        "composite",         "median",
-                             "mosaic",       "compose-rgb", "compose-cmy", "compose-lrgb",      "compose-lrgb-mean",
-                             "bright",       "calculate",   "balance",     "posterise",         "curve",
-                             "false-colour", "noise-cut",   "disk-rank",   "background-smooth", "contour",
-                             "custom"}),
+      (std::set<std::string>{"invert",       "dark",          "clip",        "composite",         "median",
+                             "mosaic",       "compose-rgb",   "compose-cmy", "compose-lrgb",      "compose-lrgb-mean",
+                             "bright",       "calculate",     "balance",     "posterise",         "curve",
+                             "false-colour", "noise-cut",     "disk-rank",   "background-smooth", "contour",
+                             "custom",       "mean",          "gaussian",    "blur-median",       "mean-off-edges",
+                             "sharpen",      "sharpen-edges", "unsharp",     "shape-median",      "shape-rank",
+                             "laplacian",    "shape-unsharp"}),
       names);
 }
 

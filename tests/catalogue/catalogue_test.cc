@@ -51,7 +51,18 @@ TEST(Catalogue, HasEveryOperator) {
                                    "disk-rank",
                                    "background-smooth",
                                    "contour",
-                                   "custom"}),
+                                   "custom",
+                                   "mean",
+                                   "gaussian",
+                                   "blur-median",
+                                   "mean-off-edges",
+                                   "sharpen",
+                                   "sharpen-edges",
+                                   "unsharp",
+                                   "shape-median",
+                                   "shape-rank",
+                                   "laplacian",
+                                   "shape-unsharp"}),
             names);
 }
 
