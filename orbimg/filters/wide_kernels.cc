@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
-#if defined(__x86_64__) && !defined(ORB_NO_CLONES)
+#include <orbimg/core/row_kernel.h>
+
+// Sanitizer builds do without, and so test the plain twins.
+#if defined(__x86_64__) && !defined(ORB_NO_CLONES) && !defined(ORB_SANITIZED)
 #define ORB_HAS_FOUR_ROWS 1
 // GCC 12 warns of what its own header leaves undefined on purpose.
 #pragma GCC diagnostic push
