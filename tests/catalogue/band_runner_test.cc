@@ -184,9 +184,11 @@ TEST(BandRunnerItself, BandsOfTheCatalogueAreAsListed) {
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.bands != Bands::kNone) names.insert(entry.name);
   }
-  EXPECT_EQ((std::set<std::string>{"invert", "dark", "clip", "composite", "median", "mosaic", "compose-rgb",
-                                   "compose-cmy", "noise-cut", "disk-rank", "background-smooth", "contour", "custom"}),
-            names);
+  EXPECT_EQ(
+      (std::set<std::string>{"invert", "dark", "clip", "composite", "median", "mosaic", "compose-rgb", "compose-cmy",
+                             "noise-cut", "disk-rank", "background-smooth", "contour", "custom", "star-sharp",
+                             "star-enhance", "nebula-smooth", "digital-development", "rotational-gradient"}),
+      names);
 }
 
 }  // namespace
