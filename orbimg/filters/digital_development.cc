@@ -21,28 +21,31 @@ orb::RowConvolution CrossConvolution(double weight, int width) {
   return orb::RowConvolution(cross, kRadius, width);
 }
 
-// The blurred source on the 256-scale, row by row.
-class Divisor {
+// Develops the rows of a source by its blurred rows.
+class Developer {
  public:
-  Divisor(COrbImage& src, int usedPlanes, double weight, orb::Bounds const& wantedArea)
+  Developer(COrbImage& src, int usedPlanes, double weight, orb::Bounds const& wantedArea)
       : source(src),
         planes(usedPlanes),
         area(wantedArea),
         blur(CrossConvolution(weight, src.GetWidth())),
-        values(static_cast<std::size_t>(std::max(area.Columns(), 0))),
-        blurred(values.size()) {}
+        divisor(static_cast<std::size_t>(std::max(area.Columns(), 0))),
+        blurred(divisor.size()) {}
 
-  // The columns of the rectangle. Locks rows of the source.
-  double const* Row(int y, int from) {
+  // Row y of a plane, divided by what `from` chooses. Locks rows of the source.
+  void Develop(int y, int plane, int from, orb::DevelopmentCurve const& curve, float* dst) {
+    float const* const samples = source.GetImageAdr(area.left, y, plane, orb::kReadRow | orb::kLockRow, nullptr);
+    if (HasPlane(from)) {
+      Blur(y, from, divisor);
+      orb::DevelopRow(samples, divisor.data(), area.Columns(), orb::LevelOf(source, from), curve, dst);
+      return;
+    }
     if (from >= kColours) {
       MakeMean(y);
-    } else if (HasPlane(from)) {
-      Blur(y, from, values);
-      orb::BlurTo256Row(values.data(), area.Columns(), orb::LevelOf(source, from));
     } else {
-      std::fill(values.begin(), values.end(), 0.0);
+      std::fill(divisor.begin(), divisor.end(), 0.0);
     }
-    return values.data();
+    orb::DevelopRow(samples, divisor.data(), area.Columns(), curve, dst);
   }
 
  private:
@@ -55,12 +58,12 @@ class Divisor {
 
   // Intended: each plane by its own levels, after a rounding to float.
   void MakeMean(int y) {
-    std::fill(values.begin(), values.end(), -0.0);  // what adds to nothing, not even to the sign of a zero
+    std::fill(divisor.begin(), divisor.end(), -0.0);  // what adds to nothing, not even to the sign of a zero
     for (int p = 0; p < planes; ++p) {
       Blur(y, p, blurred);
-      orb::AddBlurTo256Row(blurred.data(), area.Columns(), orb::LevelOf(source, p), values.data());
+      orb::AddBlurTo256Row(blurred.data(), area.Columns(), orb::LevelOf(source, p), divisor.data());
     }
-    orb::TakeThirdRow(values.data(), area.Columns());
+    orb::TakeThirdRow(divisor.data(), area.Columns());
   }
 
   COrbImage& source;
@@ -68,7 +71,7 @@ class Divisor {
   orb::Bounds area;
   orb::RowConvolution blur;
   CFilterRows window;
-  std::vector<double> values;
+  std::vector<double> divisor;
   std::vector<double> blurred;
 };
 
@@ -84,13 +87,11 @@ void CImgFilterSpecial::DigitalDvlp(double pivot, double weight, COrbImage* src,
   orb::Level const first = orb::LevelOf(*this, 0);
   double const a = first.To256(pivot);
   double const b = first.To256(src->GetAvrGrayRaw(0)) + a;
-  Divisor divisor(*src, IsColor() ? std::min(kColours, src->GetPlanes()) : 1, weight, area);
+  Developer developer(*src, IsColor() ? std::min(kColours, src->GetPlanes()) : 1, weight, area);
   for (int p = 0; p < planes; ++p) {
+    orb::DevelopmentCurve const curve{orb::LevelOf(*src, p), orb::LevelOf(*this, p), a, b};
     for (int y = area.top; y < area.bottom; ++y) {
-      double const* const v = divisor.Row(y, blurPlane[p]);
-      orb::DevelopRow(src->GetImageAdr(area.left, y, p, orb::kReadRow | orb::kLockRow, nullptr), v, area.Columns(),
-                      orb::LevelOf(*src, p), orb::LevelOf(*this, p), orb::DevelopmentCurve{a, b},
-                      GetImageAdr(area.left, y, p, 0, nullptr));
+      developer.Develop(y, p, blurPlane[p], curve, GetImageAdr(area.left, y, p, 0, nullptr));
       src->UnlockAll();
       run.Tick();
     }

@@ -39,6 +39,49 @@ TEST(DigitalDevelopment, EqualsThePlainFormulaEverywhere) {
   });
 }
 
+// Enough samples that a column would show which is sure of its float and should not be; few that are not numbers, so
+// that most blocks of columns are sure, and samples of short digits, whose results lie between two floats.
+TEST(DigitalDevelopment, EqualsThePlainFormulaOnLargerImages) {
+  Random random(9);
+  std::vector<std::vector<int>> const choices = {{0, 1, 2}, {3, 3, 3}, {0, 0, 0}};
+  int n = 0;
+  for (double pivot : {120.0, 64.0, -90.0, 1e7}) {
+    for (std::vector<int> from : choices) {
+      COrbImage src = RandomImage(random, 1100, 60, 3);
+      if (n % 3 == 0) StrewSpecialSamples(src, random, 20000);
+      if (n % 2 == 0) {
+        for (int p = 0; p < 3; ++p) {
+          float* const samples = src.GetImageAdr(0, 0, p, 0, nullptr);
+          for (int i = 0; i < 1100 * 60; ++i) samples[i] = std::trunc(samples[i]);
+          src.CImage::SetLevel(p, -64.0, 191.0 + 64.0 * p);
+        }
+      }
+      Filter dst = JunkLike<Filter>(src, random);
+      if (n % 4 == 1) dst.CImage::SetLevel(1, 1e5, 1e5 + 1e-3);
+      if (n % 4 == 2) dst.CImage::SetLevel(2, 0.0, 1e-250);
+      COrbImage expected(dst);
+      reference::DigitalDvlp(expected, pivot, n % 2, src, from.data(), nullptr);
+      dst.DigitalDvlp(pivot, n % 2, &src, from.data(), nullptr, 0);
+      EXPECT_TRUE(SameValues(expected, dst)) << n;
+      ++n;
+    }
+  }
+}
+
+TEST(DigitalDevelopment, LevelsOfEveryKindAreDividedBy) {
+  Random random(10);
+  for (double range : {0.0, 1e-300, 1e300, -50.0, 1e-40}) {
+    COrbImage src = RandomImage(random, 30, 9, 1);
+    src.SetLevel(0, 10.0, 10.0 + range);
+    Filter dst = JunkLike<Filter>(src, random);
+    COrbImage expected(dst);
+    int from[] = {0};
+    reference::DigitalDvlp(expected, 30.0, 1.0, src, from, nullptr);
+    dst.DigitalDvlp(30.0, 1.0, &src, from, nullptr, 0);
+    EXPECT_TRUE(SameValues(expected, dst)) << range;
+  }
+}
+
 TEST(DigitalDevelopment, DividesByTheBlurAndScalesByTheMean) {
   COrbImage src = FlatImage(10, 10, 100.0f);
   // The mean counts 9 x 9 samples of the 10 x 10: 10000 / 81.
