@@ -7,10 +7,12 @@
 // The addresses of the image are asked for anew by every sampling call, and none is kept: no lock is needed.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
 #include <orbimg/core/bilinear_internal.h>
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/transform_internal.h>
 #include <platform/export.h>
@@ -31,7 +33,7 @@ struct ColumnRun {
 
 // Made once for a run over the columns left .. right - 1 of the destination; holds its scratch memory, up to eight
 // doubles a column. Columns are counted from `left`. A mono image has plane 0 only, whatever `plane` says; a `plane` of
-// -1 is the brightness of a colour image.
+// -1 is the brightness of a colour image, which one of two planes does not have: plane 0 stands for it.
 class ORBIMG_API SampledRow {
  public:
   // The angle's sine and cosine as the operator computed them.
@@ -66,7 +68,8 @@ class ORBIMG_API SampledRow {
   void PrepareShift(int left);
   void PrepareRotation(int left);
   void LocateRotated(int y);
-  bool IsBrightness(int plane) const { return plane == -1 && source.IsColor() != 0; }
+  bool IsBrightness(int plane) const { return plane == -1 && HasBrightness(source); }
+  int StoredPlane(int plane) const { return source.IsColor() != 0 ? std::max(plane, 0) : 0; }
   template <typename Sample>
   void SampleInside(int plane, Sample* out) const;
   template <typename Sample>
