@@ -18,8 +18,8 @@ void LineMedian::Compute(FrameLines lines, int plane, std::ptrdiff_t columns, fl
     return;
   }
   Prepare(lines, plane);
-  for (std::ptrdiff_t begin = 0; begin < columns; begin += kMedianColumns) {
-    std::ptrdiff_t const end = std::min<std::ptrdiff_t>(begin + kMedianColumns, columns);
+  for (std::ptrdiff_t begin = 0; begin < columns; begin += kKeyColumns) {
+    std::ptrdiff_t const end = std::min<std::ptrdiff_t>(begin + kKeyColumns, columns);
     Block const block{lines, plane, begin, end};
     bool const hasGaps = std::any_of(lines.begin(), lines.end(),
                                      [&](auto const& line) { return line->Begin() > begin || line->End() < end; });

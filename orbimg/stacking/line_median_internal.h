@@ -11,9 +11,9 @@
 #include <span>
 #include <vector>
 
+#include <orbimg/core/selection_network_internal.h>
 #include <orbimg/stacking/frame_line_internal.h>
 #include <orbimg/stacking/median_composite_kernels.h>
-#include <orbimg/stacking/selection_network_internal.h>
 
 namespace orb {
 

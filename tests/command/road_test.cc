@@ -13,6 +13,7 @@
 #include <hosts/orbimg/simulation_files.h>
 #include <hosts/orbimg/truth_check.h>
 #include <tests/command/command_support.h>
+#include <tests/support/fonts.h>
 #include <tests/support/test_images.h>
 #include <nlohmann/json.hpp>
 
@@ -117,6 +118,7 @@ TEST_F(RoadTest, DemoReportsWhatItDid) {
   EXPECT_GT(report["hot_raw"]["spikes"].get<int>(), 200);
   EXPECT_LT(std::abs(report["trail_stack"].get<double>()), 0.05 * report["trail_frame"].get<double>());
   EXPECT_LT(std::abs(report["trail_rejection"].get<double>()), 0.05 * report["trail_frame"].get<double>());
+  EXPECT_EQ(report["caption"], CanDrawText());
   for (char const* file : {"median.fits", "rejection.fits", "levelled.fits", "stack.png", "raw.png", "report.json"}) {
     EXPECT_TRUE(std::filesystem::exists(folder / (std::string("demo/") + file))) << file;
   }

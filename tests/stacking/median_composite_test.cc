@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <orbimg/orbimg.h>
-#include <orbimg/stacking/selection_network_internal.h>
+#include <orbimg/core/selection_network_internal.h>
 #include <tests/reference/median_composite_reference.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 #include <orbcim/sample_block_internal.h>
 #include <orbimg/orbimg.h>
@@ -23,6 +24,20 @@ struct OrbTestAccess {
   static CVmImage& StoreOf(CImage& image) { return *image.vmImage; }
 
   static std::size_t RoomForLines(CImgMedianComposit const& median) { return median.lines.size(); }
+
+  static CRect CalcRect(CImgFilter& filter, CRect* rect) {
+    CRect bounds;
+    filter.CalcRect(bounds.left, bounds.top, bounds.right, bounds.bottom, rect);
+    return bounds;
+  }
+  static void CalcShift(CImgFilter& filter, int& dx, int& dy, COrbImage& image) { filter.CalcShift(dx, dy, 0, &image); }
+  static void SetFilterAdr(CImgFilter& filter, int x, int y, int plane, int radius, float** rows, unsigned flags) {
+    filter.SetFilterAdr(x, y, plane, radius, rows, flags);
+  }
+
+  static int StrideOf(CMemoryDIB const& dib) { return dib.stride; }
+  static int ColorUseOf(CMemoryDIB const& dib) { return dib.colorUse; }
+  static std::vector<RGBQUAD> ColoursOf(CMemoryDIB const& dib) { return dib.colours; }
 
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {

@@ -1,4 +1,4 @@
-#include <orbimg/stacking/selection_network_internal.h>
+#include <orbimg/core/selection_network_internal.h>
 
 #include <algorithm>
 #include <bit>

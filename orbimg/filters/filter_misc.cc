@@ -1,0 +1,26 @@
+#include <orbimg/filters/filter_misc.h>
+
+#include <algorithm>
+
+#include <orbimg/filters/row_convolution_internal.h>
+#include <orbimg/filters/window_run_internal.h>
+
+namespace {
+
+constexpr int kCustomMessage = 6175;
+
+}  // namespace
+
+void CImgFilterMisc::Custom(int radius, double* weights, COrbImage* src, CRect* rect, int progress) {
+  orb::Run run(*this, rect);
+  run.Start(progress, kCustomMessage, run.Rows() * planes);
+  CFilterKernel const kernel(radius, weights, 0);
+  int const windowRadius = std::max(radius, 0);
+  orb::RowConvolution convolution(kernel, windowRadius, src->GetWidth());
+  for (int p = 0; p < planes; ++p) {
+    orb::EachWindowRow(run, *this, *src, p, windowRadius, [&](orb::WindowRow const& row) {
+      convolution.Compute(row.window.rows.get(), row.left, row.right, row.dst);
+    });
+  }
+  run.End();
+}

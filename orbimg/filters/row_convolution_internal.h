@@ -1,0 +1,66 @@
+// CFilterRows::Convolve and ConvolveClip for a row of columns at once.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include <orbimg/filters/convolution_kernels.h>
+#include <orbimg/filters/factored_kernel_internal.h>
+#include <orbimg/filters/filter_kernel.h>
+#include <platform/export.h>
+
+namespace orb {
+
+// Of one kernel on windows of one radius over images of one width. Scratch memory: two taps a weight, the samples at a
+// side of the image, and a block of sums; for clipped rows and for radii that differ, a few rows as well.
+//
+//   RowConvolution convolution(kernel, r, src->GetWidth());
+//   window.Set(src, r, 0, y, plane, 2);
+//   convolution.Compute(window.rows.get(), left, right, out);    // out[0] belongs to column `left`
+class ORBIMG_API RowConvolution {
+ public:
+  enum class Sums {
+    kAsListed,  // equal to CFilterRows bit for bit
+    kFactored,  // where FactoredKernel is faithful to the weights, in two steps, as near to it as stated there
+  };
+
+  // `kernel` is not needed any longer afterwards.
+  RowConvolution(CFilterKernel const& kernel, int windowRadius, int width, Sums sums = Sums::kAsListed);
+
+  // Results for the columns begin .. end - 1 of the image, none if there are none. `rows` are a window's, at column 0.
+  void Compute(float* const* rows, int begin, int end, double* out);
+  void Compute(float* const* rows, int begin, int end, float* out);
+  // ConvolveClip.
+  void ComputeClipped(float* const* rows, int begin, int end, float lo, float hi, float* out);
+
+ private:
+  struct Place {
+    double weight;
+    int row;
+    int dx;
+  };
+
+  template <typename Out>
+  void ComputeAll(float* const* rows, int begin, int end, Out* out);
+  template <typename Out>
+  void ComputeInside(float* const* rows, int begin, int end, Out* out);
+  void ComputeFactored(float* const* rows, int begin, int end, float* out);
+  template <typename Out>
+  void ComputeNarrow(float* const* rows, int begin, int end, Out* out);
+  void SumPadded(float* const* rows, int begin, int end, float lo, float hi, bool doClip, float* out);
+  bool AreFinite(float* const* rows, int begin, int end) const;
+
+  int windowRadius;
+  int width;
+  int m;                      // radius of the part of the kernel that is used
+  bool isWide;                // the kernel fits the window
+  std::vector<Place> places;  // all weights of that part, in table order
+  std::size_t zeroWeights;
+  std::optional<FactoredKernel> factored;
+  std::vector<Tap> taps;
+  std::vector<float> padded;
+  std::vector<float> narrow;
+  std::vector<double> sums;
+};
+
+}  // namespace orb
