@@ -18,6 +18,11 @@
 #include <orbimg/display/draw_text.h>
 #include <orbimg/display/memory_dib.h>
 #include <orbimg/resources/message_table.h>
+#include <orbimg/restoration/mem.h>
+#include <orbimg/restoration/mem_convolve.h>
+#include <orbimg/restoration/mem_solver.h>
+#include <orbimg/restoration/packed_spectrum.h>
+#include <orbimg/restoration/real_transform.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/lrgb_composite.h>
