@@ -8,6 +8,7 @@
 #include <new>
 
 #include <orbimg/core/operator_run.h>
+#include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/restoration/mem_progress_internal.h>
 #include <orbimg/restoration/mem_solver.h>
@@ -50,8 +51,8 @@ class Window {
     inside = orb::ClampRect(&all, image.GetWidth(), image.GetHeight());
   }
 
-  int Width() const { return area.Columns(); }
-  int Height() const { return area.Rows(); }
+  int Width() const { return Span(area.left, area.right); }
+  int Height() const { return Span(area.top, area.bottom); }
   bool IsEmpty() const { return area.IsEmpty(); }
   std::ptrdiff_t PlaneSize() const { return static_cast<std::ptrdiff_t>(Width()) * Height(); }
 
@@ -71,8 +72,13 @@ class Window {
     orb::Bounds const whole{0, 0, image.GetWidth(), image.GetHeight()};
     if (rect == nullptr) return whole;
     orb::Bounds const given{rect->left, rect->top, rect->right, rect->bottom};
-    return given.Columns() == whole.Columns() && given.Rows() == whole.Rows() ? whole : given;
+    bool const isSameSize =
+        Span(given.left, given.right) == whole.right && Span(given.top, given.bottom) == whole.bottom;
+    return isSameSize ? whole : given;
   }
+
+  // Held at the range of int.
+  static int Span(int from, int to) { return orb::TruncateToInt(static_cast<double>(to) - from); }
 
   // Calls copy(row of the image from its first sample inside the window on, place of that sample in the window).
   template <typename Copy>

@@ -218,8 +218,9 @@ SolverOutcome Solve(std::vector<float> y, std::vector<float> const& w, std::vect
     outcome.trace.sub.push_back(sub);
     outcome.trace.stage.push_back(stage);
     outcome.trace.iuch.push_back(iuch);
-    bool const stop = outcome.limits[0] <= limits[0] || outcome.limits[1] <= limits[1] ||
-                      outcome.limits[2] <= limits[2] || (limits[3] > 0.0 && k >= limits[3]);
+    // What is no number is no longer above its limit.
+    bool const goesOn = outcome.limits[0] > limits[0] && outcome.limits[1] > limits[1] && outcome.limits[2] > limits[2];
+    bool const stop = !goesOn || (limits[3] > 0.0 && k >= limits[3]);
     if (!stop) continue;
     float const least = *std::min_element(x.begin(), x.end());
     for (float& each : x) each = static_cast<float>(each / scale);

@@ -10,6 +10,7 @@
 #include <orbimg/orbimg.h>
 #include <tests/reference/mem_reference.h>
 #include <tests/reference/real_transform_reference.h>
+#include <tests/support/canonical_nans.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/test_images.h>
 
@@ -77,15 +78,21 @@ reference::SolverOutcome SolvePlainly(Field const& field, double const* limits) 
 
 constexpr double kNever[] = {0.0, 0.0, 0.0, 8.0};
 
+bool IsSameNumber(double const* expected, double const* actual) {
+  return std::equal(expected, expected + 4, actual,
+                    [](double e, double a) { return e == a || (std::isnan(e) && std::isnan(a)); });
+}
+
 TEST(MemSolve, EqualsItsTranscriptionBitForBit) {
   Random random(1);
   bool hasStageOne = false;
+  int sound = 0;
   bool hasCut = false;
   std::vector<int> codes;
   for (double background : {0.0, 1.0, 50.0}) {
-    for (double noise : {0.3, 4.0, 60.0}) {
+    for (double noise : {0.3, 4.0, 60.0, 200.0}) {
       for (int kind = 0; kind < 4; ++kind) {
-        for (double iterations : {1.0, 2.0, 5.0, 14.0}) {
+        for (double iterations : {1.0, 2.0, 5.0, 14.0, 30.0}) {
           Field field(32, 16, random, background, noise);
           if (kind == 1) {
             for (std::size_t i = 0; i < field.Count(); i += 7) field.weight[i] = i % 2 == 0 ? 0.0f : 0.5f;
@@ -97,9 +104,11 @@ TEST(MemSolve, EqualsItsTranscriptionBitForBit) {
           double const limits[] = {0.0, 0.0, 0.0, iterations};
           reference::SolverOutcome const expected = SolvePlainly(field, limits);
           Solution const actual = Solve(field, limits);
+          SCOPED_TRACE(testing::Message() << background << ' ' << noise << ' ' << kind << ' ' << iterations);
           ASSERT_EQ(expected.code, actual.code);
-          EXPECT_TRUE(SameBits(expected.x, actual.x)) << background << ' ' << noise << ' ' << kind << ' ' << iterations;
-          for (int i = 0; i < 4; ++i) EXPECT_EQ(expected.limits[i], actual.limits[i]) << i;
+          EXPECT_TRUE(SameBits(CanonicalNans(expected.x), CanonicalNans(actual.x)));
+          EXPECT_TRUE(IsSameNumber(expected.limits, actual.limits));
+          sound += std::isfinite(actual.limits[0]) ? 1 : 0;
           codes.push_back(actual.code);
           for (int stage : expected.trace.stage) hasStageOne |= stage == 1;
           for (int iuch : expected.trace.iuch) hasCut |= iuch == 1;
@@ -107,6 +116,7 @@ TEST(MemSolve, EqualsItsTranscriptionBitForBit) {
       }
     }
   }
+  EXPECT_GT(sound, 100);
   EXPECT_TRUE(hasStageOne);
   EXPECT_TRUE(hasCut);
   for (int code : {0, 5, 6, 56}) EXPECT_NE(0, std::count(codes.begin(), codes.end(), code)) << code;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <orbimg/orbimg.h>
 #include <tests/reference/mem_reference.h>
+#include <tests/support/canonical_nans.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
 #include <tests/support/recording_window.h>
@@ -60,7 +61,7 @@ TEST(Mem, EqualsTheTranscriptionEverywhere) {
       CRect rect(c.width / 4, c.height / 5, c.width, c.height);
       CRect* const window = hasRect ? &rect : nullptr;
       EXPECT_EQ(reference::Mem(expected, 1.5, 3.0, 4, window), image.Do(1.5, 3.0, 4, window, 0));
-      EXPECT_TRUE(SameBits(expected, image)) << c.width << 'x' << c.height << 'x' << c.planes << ' ' << hasRect;
+      EXPECT_TRUE(SameValues(expected, image)) << c.width << 'x' << c.height << 'x' << c.planes << ' ' << hasRect;
       EXPECT_TRUE(SameLevels(expected, image));
     }
   }
@@ -142,7 +143,7 @@ TEST(Mem, TextsOfAGreyAndOfAColourImage) {
   std::string const method = "最大エントロピー法(ESC：ｷｬﾝｾﾙ) - ";
   for (int planes : {1, 3}) {
     RecordingWindow window;
-    CImgMem image = Sky(random, 16, 16, planes);
+    CImgMem image = Sky(random, 64, 64, planes);
     image.SetProgressHandle(&window);
     ASSERT_EQ(1, image.Do(1.0, 3.0, 2, nullptr, 1));
     std::vector<std::string> expected;
@@ -255,11 +256,10 @@ TEST(Mem, EveryRectangleAndEverySampleIsSafe) {
     CImgMem image = Sky(random, 20, 14, 1);
     StrewSpecialSamples(image, random);
     COrbImage const before(image);
-    EXPECT_EQ(1, image.Do(1.0, 3.0, 3, c.Pointer(), 0)) << c.name;
+    EXPECT_EQ(c.name == "extreme" ? 0 : 1, image.Do(1.0, 3.0, 3, c.Pointer(), 0)) << c.name;
     for (int y = 0; y < 14; ++y) {
       for (int x = 0; x < 20; ++x) {
-        bool const hasWindow = c.useRect && (c.rect.Width() != 20 || c.rect.Height() != 14);
-        if (!hasWindow || c.rect.PtInRect(CPoint(x, y))) continue;
+        if (!c.useRect || c.rect.PtInRect(CPoint(x, y))) continue;
         float const was = *before.GetImageAdr(x, y, 0, 1, nullptr);
         EXPECT_TRUE(SameBits(std::vector<float>{was}, {image.GetPixelGrayRaw(x, y, 0)})) << c.name;
       }
