@@ -132,6 +132,9 @@ struct OperatorEntry {
   bool takesRectangle = true;
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
+  // ESC stops it: the call then gives 0 and leaves the image as it was. Such an operator reports in stages of its own,
+  // in percent, and counts no units; `message` is what the text of its first stage begins with.
+  bool mayStop = false;
   Changes changes;
   // Whether a call writes a plane of the image; null: it writes all.
   bool (*writesPlane)(Invocation const&, int plane) = nullptr;
