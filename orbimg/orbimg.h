@@ -9,6 +9,10 @@
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
+#include <orbimg/restoration/copy_floats.h>
+#include <orbimg/restoration/fft2.h>
+#include <orbimg/restoration/fftpack_line.h>
+#include <orbimg/restoration/fourier_plane.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/lrgb_composite.h>
