@@ -68,4 +68,24 @@ ORB_COMPARISONS(fourier_plane) {
   CompareFourierPlane(runner, 4096);
 }
 
+void CompareWiener(orb::bench::Runner& runner, int side) {
+  CImgWiener image;
+  image.CopyImage(SkyImage(side, side, 1), nullptr, nullptr);
+  std::vector<float> samples = SkySamples(side, side);
+  Python python("import skimage.restoration");
+  python.SetFloats("image", samples.data(), {side, side});
+  python.Run(
+      "axis = numpy.arange(-16, 17)\n"
+      "psf = numpy.exp(-(axis[:, None]**2 + axis[None, :]**2) / 4.0).astype(numpy.float32)\n"
+      "psf /= psf.sum()");
+  runner.Compare(
+      "CImgWiener " + SizeText(side, side), 0.7, "skimage.restoration.wiener", [&] { image.Do(2.0, 0.01, nullptr, 0); },
+      [&] { python.Run("out = skimage.restoration.wiener(image, psf, 0.01, clip=False)"); }, 3);
+}
+
+ORB_COMPARISONS(wiener) {
+  CompareWiener(runner, 2048);
+  CompareWiener(runner, 4096);
+}
+
 }  // namespace

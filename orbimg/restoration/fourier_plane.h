@@ -40,6 +40,17 @@ class ORBIMG_API CFourierPlane {
   // The n = 2^log2n values in lineA, as pairs, to lineA or lineB, both with room for n values; returns which.
   float* TransformLine(int n, int log2n, int inverse);
 
+  // ---- What the Wiener filter does with a plane (fourier_plane_wiener.cc)
+  // A gaussian of sigma s [pixels] about the origin, wrapped at the edges: 159.15507752443827 exp(-r r/(2 s s)).
+  // Intended: not normalised.
+  void FillGauss(double s);
+  // The smallest and the largest re re + im im, as floats. The first value sets both, also where it is not a number;
+  // others that are not are passed over.
+  void GetPowerRange(double* min, double* max) const;
+  // Y = Y conj(B)/(|B| |B| + k), with B of `blur`, which has the size of this plane. Nothing guards against a divisor
+  // of 0.
+  void WienerDivide(CFourierPlane const* blur, double k);
+
   int width = 0;
   int log2Width = 0;
   int height = 0;
