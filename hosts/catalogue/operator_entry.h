@@ -19,9 +19,10 @@ struct Parameter {
   double byDefault;
   std::string help;
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
-  // A level of the source's first plane that a host takes in place of the default, where it knows the source.
-  enum class Level { kNone, kBlack, kWhite };
-  Level follows = Level::kNone;
+  // What a host takes in place of the default, where it knows the source: a level of its first plane, what lies halfway
+  // between the two, or the column or row of its middle.
+  enum class Follows { kNothing, kBlack, kWhite, kMiddleLevel, kMiddleColumn, kMiddleRow };
+  Follows follows = Follows::kNothing;
 };
 
 // A table of numbers that an operator reads. All tables of a call have as many entries.
