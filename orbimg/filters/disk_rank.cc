@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <orbimg/filters/extreme_selector_internal.h>
+#include <orbimg/filters/median_selector_internal.h>
 #include <orbimg/filters/network_selector_internal.h>
 #include <orbimg/filters/window_selector_internal.h>
 
@@ -92,6 +93,9 @@ std::unique_ptr<TileSelector> SelectorOf(Disk const& disk, int index) {
   if (index < 0 || index >= count) return nullptr;
   if (index == 0) return MakeExtremeSelector(disk, Extreme::kLeast);
   if (index == count - 1) return MakeExtremeSelector(disk, Extreme::kLargest);
+  if (index == count / 2) {
+    if (auto selector = MakeMedianSelector(disk)) return selector;
+  }
   if (count <= kMostNetworkInputs) return MakeNetworkSelector(disk, index, 0);
   return MakeWindowSelector(disk, std::make_unique<OneRank>(index));
 }

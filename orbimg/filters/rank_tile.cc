@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <span>
 
 #include <orbimg/core/sample_key_internal.h>
 
@@ -11,8 +12,7 @@ namespace orb {
 namespace {
 
 constexpr int kKeyShift = 32;
-constexpr int kDigitBits = 11;
-constexpr std::size_t kDigits = std::size_t{1} << kDigitBits;
+constexpr int kMostDigitBits = 11;
 constexpr std::uint32_t kSignBit = 0x80000000u;
 
 std::uint64_t RecordOf(std::int32_t key, std::size_t place) {
@@ -39,9 +39,11 @@ BitSpan DifferingBits(std::vector<std::uint64_t> const& records) {
   return BitSpan{std::countr_zero(differing), 64 - std::countl_zero(differing)};
 }
 
-void SortByDigit(std::vector<std::uint64_t>& records, std::vector<std::uint64_t>& spare, int shift) {
-  std::array<std::uint32_t, kDigits> next{};
-  auto const digitOf = [shift](std::uint64_t record) { return record >> shift & (kDigits - 1); };
+void SortByDigit(std::vector<std::uint64_t>& records, std::vector<std::uint64_t>& spare, int shift, int bits) {
+  std::array<std::uint32_t, std::size_t{1} << kMostDigitBits> places;
+  std::span<std::uint32_t> const next(places.data(), std::size_t{1} << bits);
+  std::fill(next.begin(), next.end(), 0);
+  auto const digitOf = [shift, last = next.size() - 1](std::uint64_t record) { return record >> shift & last; };
   for (std::uint64_t r : records) ++next[digitOf(r)];
   std::uint32_t begin = 0;
   for (std::uint32_t& n : next) {
@@ -55,11 +57,15 @@ void SortByDigit(std::vector<std::uint64_t>& records, std::vector<std::uint64_t>
 }
 
 // By key; stable, so that equal keys stay in the order of their places. Bits in which no two keys differ cost nothing:
-// samples that are whole numbers, as cameras give them, differ in few.
+// samples that are whole numbers, as cameras give them, differ in few. The others are shared out evenly, as a digit of
+// few bits has its counts nearer at hand.
 void Sort(std::vector<std::uint64_t>& records, std::vector<std::uint64_t>& spare) {
   if (records.empty()) return;
   BitSpan const bits = DifferingBits(records);
-  for (int shift = bits.first; shift < bits.end; shift += kDigitBits) SortByDigit(records, spare, shift);
+  int const span = bits.end - bits.first;
+  int const digits = (span + kMostDigitBits - 1) / kMostDigitBits;
+  int const digitBits = digits > 0 ? (span + digits - 1) / digits : 0;
+  for (int i = 0; i < digits; ++i) SortByDigit(records, spare, bits.first + i * digitBits, digitBits);
 }
 
 }  // namespace

@@ -36,11 +36,33 @@ TEST(Catalogue, HasEveryOperator) {
                                    "compose-cmy",
                                    "separate",
                                    "separate-sum",
+                                   "lab-enhance",
+                                   "compose-lrgb",
+                                   "compose-lrgb-mean",
+                                   "compose-lab",
+                                   "bright",
+                                   "calculate",
+                                   "balance",
+                                   "posterise",
+                                   "curve",
+                                   "equalise",
+                                   "false-colour",
                                    "noise-cut",
                                    "disk-rank",
                                    "background-smooth",
                                    "contour",
                                    "custom",
+                                   "mean",
+                                   "gaussian",
+                                   "blur-median",
+                                   "mean-off-edges",
+                                   "sharpen",
+                                   "sharpen-edges",
+                                   "unsharp",
+                                   "shape-median",
+                                   "shape-rank",
+                                   "laplacian",
+                                   "shape-unsharp",
                                    "star-sharp",
                                    "star-enhance",
                                    "nebula-smooth",
@@ -97,6 +119,11 @@ TEST(Catalogue, EntriesArePresentable) {
     EXPECT_EQ(entry.reports == host::Reports::kNever, entry.units == host::Units::kNone);
     ExpectPresentable(entry.parameters);
     ExpectPresentable(entry.frameParameters);
+    for (host::Table const& table : entry.tables) {
+      EXPECT_FALSE(table.name.empty());
+      EXPECT_LT(table.leastEntries, table.mostEntries);
+      ExpectSentence(table.help);
+    }
     for (host::Result const& result : entry.results) {
       EXPECT_FALSE(result.name.empty());
       ExpectSentence(result.help);
