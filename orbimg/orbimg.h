@@ -14,11 +14,11 @@
 #include <orbimg/filters/filter_misc.h>
 #include <orbimg/filters/filter_rows.h>
 #include <orbimg/filters/filter_sharp.h>
+#include <orbimg/filters/filter_special.h>
+#include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/display/draw_line.h>
 #include <orbimg/display/draw_text.h>
 #include <orbimg/display/memory_dib.h>
-#include <orbimg/filters/filter_special.h>
-#include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/restoration/mem.h>
 #include <orbimg/restoration/mem_convolve.h>
