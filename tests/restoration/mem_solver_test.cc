@@ -90,9 +90,9 @@ TEST(MemSolve, EqualsItsTranscriptionBitForBit) {
   bool hasCut = false;
   std::vector<int> codes;
   for (double background : {0.0, 1.0, 50.0}) {
-    for (double noise : {0.3, 4.0, 60.0, 200.0}) {
+    for (double noise : {0.3, 4.0, 60.0}) {
       for (int kind = 0; kind < 4; ++kind) {
-        for (double iterations : {1.0, 2.0, 5.0, 14.0, 30.0}) {
+        for (double iterations : {1.0, 2.0, 5.0, 14.0}) {
           Field field(32, 16, random, background, noise);
           if (kind == 1) {
             for (std::size_t i = 0; i < field.Count(); i += 7) field.weight[i] = i % 2 == 0 ? 0.0f : 0.5f;
@@ -119,7 +119,33 @@ TEST(MemSolve, EqualsItsTranscriptionBitForBit) {
   EXPECT_GT(sound, 100);
   EXPECT_TRUE(hasStageOne);
   EXPECT_TRUE(hasCut);
-  for (int code : {0, 5, 6, 56}) EXPECT_NE(0, std::count(codes.begin(), codes.end(), code)) << code;
+  for (int code : {0, 5, 56}) EXPECT_NE(0, std::count(codes.begin(), codes.end(), code)) << code;
+}
+
+// Without a blur each pixel is on its own, and a negative datum of the right size draws one that starts at the lower
+// bound down again, but not by so much that the direction is cut.
+TEST(MemSolve, EstimateAtTheLowerBoundGivesACodeThatEndsInSix) {
+  Random random(17);
+  Field field(8, 8, random, 50.0, 1.0);
+  for (std::size_t i = 0; i < 64; ++i) field.y[i] = i % 2 == 0 ? 30.0f : 70.0f;
+  field.start = std::vector<float>(64, 45.0f);
+  field.start[0] = 0.0f;
+  ConvolveOperator const identity = [](float* out, float const* in, float const*, float*, int nx, int ny, int, int,
+                                       int* mode, COrbImage*, int, int) {
+    std::copy_n(in, nx * ny, out);
+    *mode = 0;
+  };
+  double const limits[] = {0.0, 0.0, 0.0, 1.0};
+  int hits = 0;
+  for (double datum = 0.1; datum < 3000.0; datum *= 1.005) {
+    field.y[0] = static_cast<float>(-datum);
+    Solution const solution = Solve(field, limits, identity, 100.0);
+    float const least = *std::min_element(solution.x.begin(), solution.x.end());
+    hits += solution.code == 6 ? 1 : 0;
+    bool const isAtBound = solution.code == 6 || solution.code == 56;
+    EXPECT_EQ(isAtBound, least < 1e-8f) << datum;
+  }
+  EXPECT_GT(hits, 0);
 }
 
 // Half the weighted square of the residual by sigma, at x, all in scaled units.
