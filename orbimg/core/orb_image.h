@@ -230,6 +230,11 @@ class ORBIMG_API COrbImage : public CImage {
   // reported.
   HDIB GetDib(int bitCount) const;
 
+ protected:
+  // A message box of the host, with the text of the message and its style: of the progress window, or of the thread's
+  // main window if there is none.
+  void ShowMessageBox(int id, unsigned style);
+
  private:
   friend struct OrbTestAccess;
 
