@@ -124,6 +124,11 @@ struct OperatorEntry {
   // What it counts: more than it announces for one operator; kNone for a search, where it is not known before.
   Units ticks = Units::kNone;
 
+  // Reports in a way of its own: in steps that are no rows, or in several runs. Without pixels there is none.
+  bool hasOwnRuns = false;
+  // Returns 0 at ESC, or drops what it was at; the image then stays as it was, or is a sound result.
+  bool stopsAtEscape = false;
+
   Bands bands = Bands::kNone;
   int marginRows = 0;  // rows above and below its own that a row of the result needs of the source
 
