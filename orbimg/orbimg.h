@@ -29,6 +29,7 @@
 #include <orbimg/restoration/fft2.h>
 #include <orbimg/restoration/fftpack_line.h>
 #include <orbimg/restoration/fourier_plane.h>
+#include <orbimg/restoration/lucy.h>
 #include <orbimg/restoration/wiener.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>

@@ -54,7 +54,8 @@ std::vector<OperatorEntry> MemOperators() {
       Integer("iterations", "", 1, 10000, 30, "the most iterations; it stops earlier where the steps become small"),
   };
   entry.changes.samples = true;
-  entry.mayStop = true;
+  entry.hasOwnRuns = true;
+  entry.stopsAtEscape = true;
   entry.message = 6158;
   entry.check = CheckCall;
   entry.run = [](Invocation const& call) {

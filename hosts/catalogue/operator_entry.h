@@ -133,9 +133,6 @@ struct OperatorEntry {
   bool takesRectangle = true;
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
-  // ESC stops it: the call then gives 0 and leaves the image as it was. Such an operator reports in stages of its own,
-  // in percent, and counts no units; `message` is what the text of its first stage begins with.
-  bool mayStop = false;
   Changes changes;
   // Whether a call writes a plane of the image; null: it writes all.
   bool (*writesPlane)(Invocation const&, int plane) = nullptr;
@@ -148,6 +145,11 @@ struct OperatorEntry {
   // What it counts: more than it announces for one operator; kNone for a search and for classes, where it is not known
   // before.
   Units ticks = Units::kNone;
+
+  // Reports in a way of its own, in steps that are no rows, or in several runs, and counts no units.
+  bool hasOwnRuns = false;
+  // Returns 0 at ESC, or drops what it was at; the image then stays as it was, or is a sound result.
+  bool stopsAtEscape = false;
 
   Bands bands = Bands::kNone;
   int marginRows = 0;  // rows above and below its own that a row of the result needs of the source

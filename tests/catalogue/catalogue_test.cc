@@ -47,6 +47,7 @@ TEST(Catalogue, HasEveryOperator) {
                                    "level-area",
                                    "level-mean",
                                    "level-median",
+                                   "lucy",
                                    "match",
                                    "mean",
                                    "mean-off-edges",
@@ -68,7 +69,8 @@ TEST(Catalogue, HasEveryOperator) {
                                    "sharpen-edges",
                                    "star-enhance",
                                    "star-sharp",
-                                   "unsharp"}),
+                                   "unsharp",
+                                   "wiener"}),
             names);
 }
 
@@ -117,7 +119,7 @@ TEST(Catalogue, EntriesArePresentable) {
     if (entry.message != 0) {
       EXPECT_STRNE("", LoadString(entry.message));
     }
-    EXPECT_EQ(entry.reports == host::Reports::kNever || entry.mayStop, entry.units == host::Units::kNone);
+    EXPECT_EQ(entry.reports == host::Reports::kNever || entry.hasOwnRuns, entry.units == host::Units::kNone);
     ExpectPresentable(entry.parameters);
     ExpectPresentable(entry.frameParameters);
     for (host::Table const& table : entry.tables) {

@@ -23,6 +23,10 @@ struct OrbTestAccess {
   static CRect SelectionOf(COrbImage const& image) { return image.selection; }
   static CVmImage& StoreOf(CImage& image) { return *image.vmImage; }
 
+  static std::unique_ptr<float[]> MakeGauss(CImgLucy& lucy, double sigma, int width, int height) {
+    return lucy.MakeGauss(sigma, width, height);
+  }
+
   static std::size_t RoomForLines(CImgMedianComposit const& median) { return median.lines.size(); }
 
   static CRect CalcRect(CImgFilter& filter, CRect* rect) {
