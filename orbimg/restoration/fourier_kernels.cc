@@ -49,10 +49,16 @@ struct Pair {
   value[kLanes + lane] = v.im;
 }
 
+// Values begin .. end - 1 of all lines: a whole number of the blocks of a pass.
+struct Part {
+  std::ptrdiff_t begin;
+  std::ptrdiff_t end;
+};
+
 // The pass of span 1.
-ORB_ROW_KERNEL void PairPass(FourierLines const& lines) {
+ORB_ROW_KERNEL void PairPass(FourierLines const& lines, Part part) {
   Rotation const w = RotationOf(lines, 2, 0);
-  for (std::ptrdiff_t t = 0; t < lines.length; t += 2) {
+  for (std::ptrdiff_t t = part.begin; t < part.end; t += 2) {
     float* const a = lines.block + t * kFourierValue;
     float* const b = a + kFourierValue;
     ORB_COLUMNS_INDEPENDENT
@@ -65,13 +71,13 @@ ORB_ROW_KERNEL void PairPass(FourierLines const& lines) {
 }
 
 // The passes of spans s and 2 s in one walk through memory.
-ORB_ROW_KERNEL void QuadPass(FourierLines const& lines, std::ptrdiff_t s) {
+ORB_ROW_KERNEL void QuadPass(FourierLines const& lines, std::ptrdiff_t s, Part part) {
   std::ptrdiff_t const span = s * kFourierValue;
   for (std::ptrdiff_t i = 0; i < s; ++i) {
     Rotation const w = RotationOf(lines, 2 * s, i);
     Rotation const near = RotationOf(lines, 4 * s, i);
     Rotation const far = RotationOf(lines, 4 * s, s + i);
-    for (std::ptrdiff_t t = i; t < lines.length; t += 4 * s) {
+    for (std::ptrdiff_t t = part.begin + i; t < part.end; t += 4 * s) {
       float* const a = lines.block + t * kFourierValue;
       float* const b = a + span;
       float* const c = b + span;
@@ -126,6 +132,8 @@ template <int isWrite>
 [[gnu::always_inline]] inline void FetchColumns(float const* row) {
   for (std::ptrdiff_t i = 0; i < kFourierValue; i += kColumnsPerCacheLine) __builtin_prefetch(row + i, isWrite);
 }
+
+constexpr std::ptrdiff_t kPartLength = 128;  // or twice that: 32 KiB
 
 constexpr std::ptrdiff_t kTile = 8;  // complex values of a cache line
 
@@ -186,13 +194,16 @@ ORB_ROW_KERNEL void StoreColumns(FourierLines const& lines, float* columns, std:
   }
 }
 
+// The passes of short spans are done part by part: a part stays in the nearest cache.
 void TransformBlock(FourierLines const& lines) {
-  std::ptrdiff_t s = 1;
-  if (lines.log2Length % 2 != 0) {
-    PairPass(lines);
-    s = 2;
+  std::ptrdiff_t const first = lines.log2Length % 2 == 0 ? 1 : 2;  // span after a pass of span 1, or without
+  std::ptrdiff_t part = first;
+  while (part < kPartLength && part < lines.length) part *= 4;
+  for (std::ptrdiff_t begin = 0; begin < lines.length; begin += part) {
+    if (first == 2) PairPass(lines, {begin, begin + part});
+    for (std::ptrdiff_t s = first; s < part; s *= 4) QuadPass(lines, s, {begin, begin + part});
   }
-  for (; s < lines.length; s *= 4) QuadPass(lines, s);
+  for (std::ptrdiff_t s = part; s < lines.length; s *= 4) QuadPass(lines, s, {0, lines.length});
   double const root = static_cast<float>(std::sqrt(static_cast<double>(lines.length)));
   std::ptrdiff_t const count = lines.length * kFourierValue;
   if (lines.log2Length % 2 == 0) {  // a power of two: the product is the quotient

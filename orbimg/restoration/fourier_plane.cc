@@ -1,8 +1,10 @@
 #include <orbimg/restoration/fourier_plane.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 
 #include <orbimg/restoration/fourier_kernels.h>
@@ -28,6 +30,11 @@ void Reorder(float const* from, float* to, int n, int pass) {
       to += 2;
     }
   }
+}
+
+// Every bit 0: the transform of such values is the same again, no -0.0 among them.
+bool AreZero(float const* values, std::ptrdiff_t count) {
+  return std::all_of(values, values + count, [](float v) { return std::bit_cast<std::uint32_t>(v) == 0; });
 }
 
 }  // namespace
@@ -136,6 +143,7 @@ void CFourierPlane::TransformRows(int inverse, std::vector<float>& block) {
   if (width >= orb::kFourierLanes) {
     orb::FourierLines const lines{width, log2Width, twiddles.data(), inverse == 1, block.data()};
     for (; y + orb::kFourierLanes <= height; y += orb::kFourierLanes) {
+      if (AreZero(data.data() + y * stride, orb::kFourierLanes * stride)) continue;  // most rows of a small blur
       orb::LoadRows(lines, data.data() + y * stride, stride);
       orb::TransformBlock(lines);
       orb::StoreRows(lines, data.data() + y * stride, stride);

@@ -97,6 +97,19 @@ TEST(FourierPlane, TransformOfBlocksHasTheBitsOfThePlainPasses) {
   }
 }
 
+TEST(FourierPlane, RowsOfZerosHaveTheBitsOfThePlainPasses) {
+  for (int inverse : {0, 1}) {
+    for (float other : {0.0f, -0.0f, 3.0f}) {
+      CFourierPlane plane;
+      plane.Create(32, 64);
+      plane.data[2 * 32 * 20 + 7] = other;
+      auto const expected = reference::RadixTwoPlane(plane.data, 32, 64, inverse == 1);
+      plane.Transform(inverse);
+      EXPECT_TRUE(SameBits(expected, plane.data)) << inverse << ' ' << other;
+    }
+  }
+}
+
 TEST(FourierPlane, LineReturnsTheBufferThatHoldsTheResult) {
   Random random(2);
   for (int log2n = 0; log2n <= 9; ++log2n) {
