@@ -22,6 +22,7 @@ int PlanesOfSource(orb::host::OperatorEntry const& entry, int planes) {
 
 int PlanesOfImage(orb::host::OperatorEntry const& entry, int planes) {
   if (entry.imagePlanes != 0) return entry.imagePlanes;
+  if (entry.sourceShape == orb::host::SourceShape::kFrameToColour) return 3;
   if (entry.sourceShape == orb::host::SourceShape::kColourToMono) return 3;
   return entry.sourceShape == orb::host::SourceShape::kAnyToColour ? 1 : planes;
 }
@@ -47,6 +48,7 @@ void RunEntry(benchmark::State& state, orb::host::OperatorEntry const& entry, in
   call.second = entry.needsSecond ? &second : nullptr;
   call.values = entry.Defaults();
   call.frames = FramesOf(entry, source, second);
+  call.tables.resize(entry.TablesFor(fresh.GetPlanes()), {0.0f, 0.25f, 0.5f, 0.75f, 1.0f});
   std::vector<double> results;
   call.results = &results;
   std::string const complaint = orb::host::CheckInvocation(entry, call);

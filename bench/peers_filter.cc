@@ -3,8 +3,6 @@
 #include <bench/side_by_side.h>
 #include <orbimg/orbimg.h>
 
-#include <vector>
-
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -47,8 +45,8 @@ ORB_COMPARISONS(filter_gaussian) {
 ORB_COMPARISONS(filter_median) {
   Sides<CImgFilter> on;
   runner.Compare(
-      "CImgFilter::MedianFilter, 3 x 3", 1.2, "OpenCV medianBlur 3", [&] { on.dst.MedianFilter(1, &on.src, nullptr, 0); },
-      [&] { cv::medianBlur(on.in, on.out, 3); });
+      "CImgFilter::MedianFilter, 3 x 3", 1.2, "OpenCV medianBlur 3",
+      [&] { on.dst.MedianFilter(1, &on.src, nullptr, 0); }, [&] { cv::medianBlur(on.in, on.out, 3); });
   runner.Compare(
       "CImgFilter::MedianFilter, 21 samples", 0.8, "OpenCV medianBlur 5",
       [&] { on.dst.MedianFilter(2, &on.src, nullptr, 0); }, [&] { cv::medianBlur(on.in, on.out, 5); });
@@ -65,20 +63,21 @@ ORB_COMPARISONS(filter_extremes) {
       [&] { on.dst.MinMaxFilter(1, 8, &on.src, nullptr, 0); }, [&] { cv::dilate(on.in, on.out, square); });
 }
 
-// A sharpening kernel takes the same sums as one of the user's own.
-void CompareKernel(orb::bench::Runner& runner, char const* name, double limit, double range) {
-  Sides<CImgFilterSharp> on;
-  CFilterKernel kernel;
-  kernel.MakeSharp(range, 1.0);
-  cv::Mat const weights(kernel.size, kernel.size, CV_32F, kernel.values.get());
+void CompareCustom(orb::bench::Runner& runner, char const* name, double limit, int radius) {
+  Sides<CImgFilterMisc> on;
+  int const size = 2 * radius + 1;
+  cv::Mat weights(size, size, CV_64F);
+  cv::randu(weights, 0.1, 1.0);
+  cv::Mat narrow;
+  weights.convertTo(narrow, CV_32F);
   runner.Compare(
-      name, limit, "OpenCV filter2D", [&] { on.dst.SharpFilter(range, 1.0, &on.src, nullptr, 0); },
-      [&] { cv::filter2D(on.in, on.out, CV_32F, weights); });
+      name, limit, "OpenCV filter2D", [&] { on.dst.Custom(radius, weights.ptr<double>(), &on.src, nullptr, 0); },
+      [&] { cv::filter2D(on.in, on.out, CV_32F, narrow); });
 }
 
-ORB_COMPARISONS(filter_kernel) {
-  CompareKernel(runner, "CImgFilterSharp::SharpFilter, 3 x 3", 1.5, 1.9);
-  CompareKernel(runner, "CImgFilterSharp::SharpFilter, 7 x 7", 1.6, 3.9);
+ORB_COMPARISONS(filter_custom) {
+  CompareCustom(runner, "CImgFilterMisc::Custom, 3 x 3", 1.5, 1);
+  CompareCustom(runner, "CImgFilterMisc::Custom, 7 x 7", 1.6, 3);
 }
 
 }  // namespace

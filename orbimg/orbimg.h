@@ -1,6 +1,7 @@
 // Everything public.
 #pragma once
 
+#include <orbimg/core/color.h>
 #include <orbimg/core/float_point.h>
 #include <orbimg/core/image.h>
 #include <orbimg/core/invert.h>
@@ -13,18 +14,31 @@
 #include <orbimg/filters/filter_misc.h>
 #include <orbimg/filters/filter_rows.h>
 #include <orbimg/filters/filter_sharp.h>
+#include <orbimg/display/draw_line.h>
+#include <orbimg/display/draw_text.h>
+#include <orbimg/display/memory_dib.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
+#include <orbimg/stacking/lrgb_composite.h>
 #include <orbimg/stacking/matching.h>
 #include <orbimg/stacking/median_composite.h>
 #include <orbimg/stacking/mosaic.h>
 #include <orbimg/stacking/rgb_composite.h>
 #include <orbimg/stacking/separation.h>
 #include <orbimg/tone/auto_level.h>
+#include <orbimg/tone/lab_color_enhance.h>
+#include <orbimg/tone/bright.h>
+#include <orbimg/tone/calculation.h>
+#include <orbimg/tone/color_balance.h>
+#include <orbimg/tone/false_color.h>
+#include <orbimg/tone/histogram_equalization.h>
+#include <orbimg/tone/reduce_tone.h>
+#include <orbimg/tone/tone_curve.h>
 #include <platform/bitmap_info.h>
 #include <platform/colorref.h>
 #include <platform/global_memory.h>
 #include <platform/host_window.h>
 #include <platform/logfont.h>
 #include <platform/rect.h>
+#include <platform/text_rasterizer.h>

@@ -1,5 +1,6 @@
 #include <hosts/catalogue/check.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -43,6 +44,8 @@ std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
       return of == 3 && source == 3 ? "" : "the image has one plane already";
     case SourceShape::kAnyToColour:
       return of == 1 ? "" : "the image has three planes already";
+    case SourceShape::kFrameToColour:
+      return of == 3 ? "" : "the image has one plane; colours need three";
     case SourceShape::kSame:
       return of == source ? "" : fmt::format("the {} has {} planes, the image {}", entry.sourceName, source, of);
     case SourceShape::kColour:
@@ -82,10 +85,14 @@ std::string CheckValues(std::vector<Parameter> const& parameters, std::vector<do
   return "";
 }
 
+std::string FrameText(OperatorEntry const& entry, std::size_t number) {
+  return entry.frameNames.empty() ? fmt::format("frame {}", number + 1)
+                                  : fmt::format("the {} frame", entry.frameNames[number]);
+}
+
 std::string CheckFrame(OperatorEntry const& entry, Invocation const& call, std::size_t number) {
   PlacedFrame const& frame = call.frames[number];
-  std::string const role = entry.frameNames.empty() ? fmt::format("frame {}", number + 1)
-                                                    : fmt::format("the {} frame", entry.frameNames[number]);
+  std::string const role = FrameText(entry, number);
   std::string const wrong = CheckImage(role, frame.image);
   if (!wrong.empty()) return wrong;
   if (frame.image == call.image) return role + " must be another image than the result";
@@ -106,6 +113,36 @@ std::string CheckFrames(OperatorEntry const& entry, Invocation const& call) {
   return wrong;
 }
 
+std::string CheckTable(Table const& table, std::vector<float> const& entries, std::size_t first) {
+  if (entries.size() < static_cast<std::size_t>(table.leastEntries) ||
+      entries.size() > static_cast<std::size_t>(table.mostEntries)) {
+    return fmt::format("the table {} has {} entries; it must have from {} to {}", table.name, entries.size(),
+                       table.leastEntries, table.mostEntries);
+  }
+  if (entries.size() != first) {
+    return fmt::format("the table {} has {} entries, the first one {}; all must have the same number", table.name,
+                       entries.size(), first);
+  }
+  auto const wrong = std::find_if(entries.begin(), entries.end(), [](float v) { return !std::isfinite(v); });
+  return wrong == entries.end() ? ""
+                                : fmt::format("the table {} has the entry {} at place {}; it must be a finite number",
+                                              table.name, *wrong, wrong - entries.begin());
+}
+
+std::string CheckTables(OperatorEntry const& entry, Invocation const& call) {
+  int const planes = call.image->GetPlanes();
+  std::size_t const needed = entry.TablesFor(planes);
+  if (call.tables.size() != needed) return fmt::format("{} tables; it takes {}", call.tables.size(), needed);
+  std::size_t next = 0;
+  for (Table const& table : entry.tables) {
+    for (int i = 0; i < table.CountFor(planes); ++i) {
+      std::string const wrong = CheckTable(table, call.tables[next++], call.tables[0].size());
+      if (!wrong.empty()) return wrong;
+    }
+  }
+  return "";
+}
+
 std::string CheckResults(OperatorEntry const& entry, Invocation const& call) {
   return entry.results.empty() || call.results != nullptr ? "" : "there is no place for its results";
 }
@@ -114,7 +151,7 @@ std::string CheckLevelsOf(std::string const& role, COrbImage const& image) {
   for (int p = 0; p < image.GetPlanes(); ++p) {
     double const range = image.GetLevelRange(p);
     if (std::isfinite(range) && range != 0.0) continue;
-    return fmt::format("the levels of the {}, plane {}, are {} and {}; set them apart first", role, p + 1,
+    return fmt::format("the levels of {}, plane {}, are {} and {}; set them apart first", role, p + 1,
                        image.GetLevelMin(p), image.GetLevelMax(p));
   }
   return "";
@@ -124,9 +161,12 @@ std::string CheckLevels(OperatorEntry const& entry, Invocation const& call) {
   int const flag = entry.Find("levels");
   bool const isAsked = flag >= 0 && call.values[static_cast<std::size_t>(flag)] != 0.0;
   if (entry.levelUse == LevelUse::kNone || (entry.levelUse == LevelUse::kIfAsked && !isAsked)) return "";
-  std::string wrong = CheckLevelsOf(entry.sourceName, *call.source);
-  if (wrong.empty()) wrong = CheckLevelsOf("image", *call.image);
-  if (wrong.empty() && call.second != nullptr) wrong = CheckLevelsOf("second image", *call.second);
+  std::string wrong = call.source == nullptr ? "" : CheckLevelsOf("the " + entry.sourceName, *call.source);
+  if (wrong.empty()) wrong = CheckLevelsOf("the image", *call.image);
+  if (wrong.empty() && call.second != nullptr) wrong = CheckLevelsOf("the second image", *call.second);
+  for (std::size_t i = 0; wrong.empty() && i < call.frames.size(); ++i) {
+    wrong = CheckLevelsOf(FrameText(entry, i), *call.frames[i].image);
+  }
   return wrong;
 }
 
@@ -151,6 +191,7 @@ std::string FindWrong(OperatorEntry const& entry, Invocation const& call) {
   if (wrong.empty() && entry.sourceShape != SourceShape::kNone) wrong = CheckSource(entry, call);
   if (wrong.empty() && entry.needsSecond) wrong = CheckSecond(call);
   if (wrong.empty()) wrong = CheckFrames(entry, call);
+  if (wrong.empty()) wrong = CheckTables(entry, call);
   if (wrong.empty()) wrong = CheckResults(entry, call);
   if (wrong.empty()) wrong = CheckRectangle(entry, call);
   if (wrong.empty()) wrong = CheckLevels(entry, call);

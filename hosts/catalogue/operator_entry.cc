@@ -6,6 +6,8 @@ namespace orb::host {
 
 namespace {
 
+constexpr int kClasses = 258;
+
 // Intended: a quarter of the square of the range is not quite the number of positions, and yet what is announced.
 int SearchUnits(OperatorEntry const& entry, Invocation const& call) {
   constexpr int kNeighbours = 9;
@@ -27,6 +29,8 @@ int Count(OperatorEntry const& entry, Units units, Invocation const& call) {
       return image.GetHeight();
     case Units::kImageRowsTimesPlanes:
       return image.GetHeight() * image.GetPlanes();
+    case Units::kClasses:
+      return kClasses;
     case Units::kSearch:
       return SearchUnits(entry, call);
     case Units::kNone:
@@ -47,6 +51,12 @@ int OperatorEntry::Find(std::string const& parameter) const {
   auto const found =
       std::find_if(parameters.begin(), parameters.end(), [&](Parameter const& p) { return p.name == parameter; });
   return found == parameters.end() ? -1 : static_cast<int>(found - parameters.begin());
+}
+
+std::size_t OperatorEntry::TablesFor(int planes) const {
+  std::size_t count = 0;
+  for (Table const& table : tables) count += static_cast<std::size_t>(table.CountFor(planes));
+  return count;
 }
 
 bool OperatorEntry::DoesReport(Invocation const& call) const {

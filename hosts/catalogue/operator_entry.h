@@ -19,6 +19,20 @@ struct Parameter {
   double byDefault;
   std::string help;
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
+  // A level of the source's first plane that a host takes in place of the default, where it knows the source.
+  enum class Level { kNone, kBlack, kWhite };
+  Level follows = Level::kNone;
+};
+
+// A table of numbers that an operator reads. All tables of a call have as many entries.
+struct Table {
+  std::string name;  // as on a command line: "master"
+  int leastEntries;
+  int mostEntries;
+  bool isOfPlanes;  // one for each plane of a colour image, and none for a mono one
+  std::string help;
+
+  int CountFor(int planes) const { return !isOfPlanes ? 1 : planes < 3 ? 0 : planes; }
 };
 
 // A number that an operator finds out.
@@ -42,19 +56,21 @@ struct Invocation {
   std::vector<double> values;  // one a parameter, in their order
   CRect* rect = nullptr;       // null: the whole image
   int progress = 0;
-  std::vector<PlacedFrame> frames = {};    // of operators with frame parameters
-  std::vector<double>* results = nullptr;  // of operators with results: becomes one a result, in their order
+  std::vector<PlacedFrame> frames = {};         // of operators with frame parameters
+  std::vector<double>* results = nullptr;       // of operators with results: becomes one a result, in their order
+  std::vector<std::vector<float>> tables = {};  // of operators with tables, in their order; read only
 };
 
 // What the source must be like, seen from the image.
 enum class SourceShape {
-  kNone,          // there is no source: the operator works on the image itself
-  kSame,          // the same size and planes
-  kFrame,         // the same size, one plane or three: a calibration frame
-  kColourToMono,  // the same size; source and image have three planes, and the image is left with one
-  kAnyToColour,   // the same size; the image has one plane and is left with three
-  kAny,           // any size, one plane or three
-  kColour,        // the same size, three planes whatever those of the image
+  kNone,           // there is no source: the operator works on the image itself
+  kSame,           // the same size and planes
+  kFrame,          // the same size, one plane or three: a calibration frame
+  kColourToMono,   // the same size; source and image have three planes, and the image is left with one
+  kAnyToColour,    // the same size; the image has one plane and is left with three
+  kFrameToColour,  // the same size, one plane or three; the image has three planes
+  kColour,         // the same size, three planes whatever those of the image
+  kAny,            // any size, one plane or three
 };
 
 // What is counted for progress. "Rows" are those of the rectangle, limited to the image.
@@ -64,7 +80,8 @@ enum class Units {
   kRowsTimesPlanes,
   kImageRows,
   kImageRowsTimesPlanes,
-  kSearch,  // a share of the positions of a search over "range", and of its sub-pixel stages with the flag "fine"
+  kClasses,  // of value, the same number for every image; which of them tick depends on the samples
+  kSearch,   // a share of the positions of a search over "range", and of its sub-pixel stages with the flag "fine"
 };
 
 // Whether a run in bands gives the bits of one run.
@@ -90,6 +107,7 @@ enum class LevelUse {
 };
 
 struct Changes {
+  bool sourceLevels = false;  // to the extrema of its planes
   bool samples = false;
   bool levels = false;
   bool planes = false;
@@ -109,6 +127,7 @@ struct OperatorEntry {
   bool needsSecond = false;                // a second image, of any size
   std::vector<Parameter> frameParameters;  // of each frame; none: the operator takes no frames
   std::vector<std::string> frameNames;     // one frame of each name, in this order; none: any number, one at least
+  std::vector<Table> tables;               // that it reads
   std::vector<Result> results;             // the numbers that it finds out
   bool takesRectangle = true;
   bool mayRunInPlace = false;  // the source may be the image itself
@@ -120,8 +139,10 @@ struct OperatorEntry {
   int message = 0;                                    // number of the progress text; 0: none
   int (*messageOfCall)(Invocation const&) = nullptr;  // where it depends on the call
   Reports reports = Reports::kOnRequest;
+  bool runsByPlane = false;    // a run of messages for each plane of the source
   Units units = Units::kNone;  // what the run announces
-  // What it counts: more than it announces for one operator; kNone for a search, where it is not known before.
+  // What it counts: more than it announces for one operator; kNone for a search and for classes, where it is not known
+  // before.
   Units ticks = Units::kNone;
 
   Bands bands = Bands::kNone;
@@ -141,10 +162,13 @@ struct OperatorEntry {
     return writesPlane == nullptr || writesPlane(call, plane);
   }
   int MessageOf(Invocation const& call) const { return messageOfCall == nullptr ? message : messageOfCall(call); }
+  // How many tables a call on an image of this many planes has.
+  std::size_t TablesFor(int planes) const;
   // Whether this call reports progress, and how much.
   bool DoesReport(Invocation const& call) const;
   int UnitsOf(Invocation const& call) const;
   int TicksOf(Invocation const& call) const;
+  int RunsOf(Invocation const& call) const { return runsByPlane ? call.source->GetPlanes() : 1; }
 };
 
 }  // namespace orb::host

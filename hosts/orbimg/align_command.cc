@@ -25,8 +25,9 @@ std::string Format(AlignmentList const& list) {
                                  "method", "file");
   for (AlignedFrame const& frame : list.frames) {
     FrameTransform const& t = frame.transform;
-    text += fmt::format("{:9.3f} {:9.3f} {:9.4f} {:6} {:8.3f}  {:<10} {}\n", t.dx, t.dy, t.angle, frame.stars,
-                        frame.residual, frame.method, frame.file);
+    text += fmt::format("{:9.3f} {:9.3f} {:9.4f} {:6} {:>8}  {:<10} {}\n", t.dx, t.dy, t.angle, frame.stars,
+                        frame.residual.has_value() ? fmt::format("{:.3f}", *frame.residual) : "-", frame.method,
+                        frame.file);
   }
   return text;
 }

@@ -28,7 +28,7 @@ struct Reference {
 };
 
 void ReadFrame(FitsReader& reader, COrbImage& image, Environment& environment) {
-  WarnOfNonFinite(environment, reader, ReadSamples(reader, image), "and hide what is near them");
+  WarnOfNonFinite(environment, reader.Path(), ReadSamples(reader, image), "and hide what is near them");
 }
 
 AlignmentOutcome AlignOne(AlignJob const& job, Reference& reference, FitsReader& reader, Environment& environment) {

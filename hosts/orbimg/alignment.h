@@ -26,7 +26,8 @@ struct Alignment {
   FrameTransform transform;
   AlignmentMethod method = AlignmentMethod::kAllStars;
   int starsMatched = 0;
-  double rms = 0.0;  // pixels: root of the mean squared distance of the matched stars; without stars 0
+  std::optional<double>
+      rms;  // pixels: root of the mean squared distance of the matched stars, where stars were matched
 };
 
 // An alignment, or the reason why there is none: half a sentence that a file name goes before.

@@ -38,7 +38,7 @@ Json ToJson(AlignedFrame const& frame, fs::path const& folder) {
               {"centre", {t.cx, t.cy}},
               {"method", frame.method},
               {"stars", frame.stars},
-              {"residual", frame.residual}};
+              {"residual", frame.residual.has_value() ? Json(*frame.residual) : Json()}};
 }
 
 AlignedFrame FromJson(Json const& entry, fs::path const& folder) {
@@ -51,7 +51,7 @@ AlignedFrame FromJson(Json const& entry, fs::path const& folder) {
   frame.transform.cy = entry.contains("centre") ? entry["centre"].at(1).get<double>() : 0.0;
   frame.method = entry.value("method", std::string());
   frame.stars = entry.value("stars", 0);
-  frame.residual = entry.value("residual", 0.0);
+  if (entry.contains("residual") && !entry["residual"].is_null()) frame.residual = entry["residual"].get<double>();
   return frame;
 }
 

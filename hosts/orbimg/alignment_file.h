@@ -2,6 +2,7 @@
 // are relative to the folder of the file.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,9 +13,9 @@ namespace orb::host {
 struct AlignedFrame {
   std::string file;
   FrameTransform transform;
-  std::string method;     // "reference", or how the transform was found
-  int stars = 0;          // that agreed
-  double residual = 0.0;  // root mean square over them, pixels
+  std::string method;              // "reference", or how the transform was found
+  int stars = 0;                   // that agreed
+  std::optional<double> residual;  // root mean square over them, pixels; null in the file where there is none
 };
 
 struct LeftOutFrame {

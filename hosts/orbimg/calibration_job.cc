@@ -112,7 +112,7 @@ void CalibrateLight(FitsReader& reader, Masters& masters, std::string const& out
   Frame light;
   light.header = reader.Header();
   light.nonFinite = ReadSamples(reader, light.image);
-  WarnOfNonFinite(environment, reader, light.nonFinite, "and stay so or become 0");
+  WarnOfNonFinite(environment, reader.Path(), light.nonFinite, "and stay so or become 0");
   if (masters.dark) {
     light.image.DarkClbrtn(&masters.dark->image, 0);
     light.header.AddHistory("orbimg calibrate: DarkClbrtn, " + masters.darkText);

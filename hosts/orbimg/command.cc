@@ -27,25 +27,43 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddStackCommand(app, context);
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
+  AddOperatorCommands(app, context);
+  AddComposeCommand(app, context);
+  AddMosaicCommand(app, context);
+  AddSplitCommand(app, context);
+  AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
   AddDemoCommand(app, context);
 }
 
+// "orbimg apply invert": the command and what was chosen of it.
 std::string ChosenName(CLI::App const& app) {
   auto const chosen = app.get_subcommands();
-  return chosen.empty() ? app.get_name() : app.get_name() + " " + chosen.front()->get_name();
+  return chosen.empty() ? app.get_name() : app.get_name() + " " + ChosenName(*chosen.front());
 }
 
-// The first argument, if it is meant as a subcommand and is none.
+// A complaint about a word that stands where a subcommand must, and is none; else empty.
 std::string FindUnknownSubcommand(CLI::App const& app, std::vector<std::string> const& arguments) {
-  if (arguments.empty() || arguments.front().starts_with('-')) return {};
-  auto const isMeant = [&](CLI::App const* command) { return command->check_name(arguments.front()); };
-  return app.get_subcommands(isMeant).empty() ? arguments.front() : std::string();
+  CLI::App const* command = &app;
+  std::string name;
+  for (std::string const& argument : arguments) {
+    auto const isNamed = [](CLI::App const* one) { return !one->get_name().empty(); };  // groups of options are not
+    bool const isLeaf = command->get_subcommands(isNamed).empty();
+    if (isLeaf || argument.starts_with('-')) break;
+    auto const isMeant = [&](CLI::App const* one) { return one->check_name(argument); };
+    auto const meant = command->get_subcommands(isMeant);
+    if (meant.empty()) {
+      return fmt::format("orbimg:{} {}: is no subcommand; see orbimg{} --help", name, argument, name);
+    }
+    name += " " + argument;
+    command = meant.front();
+  }
+  return {};
 }
 
 Exit Parse(CLI::App& app, std::vector<std::string> arguments, CommandContext& context) {
   if (std::string const unknown = FindUnknownSubcommand(app, arguments); !unknown.empty()) {
-    context.err << fmt::format("orbimg: {}: is no subcommand; see orbimg --help\n", unknown);
+    context.err << unknown << '\n';
     return Exit::kUsage;
   }
   std::reverse(arguments.begin(), arguments.end());

@@ -80,10 +80,22 @@ class Demo {
 
   void LevelAndRender() {
     Step("level", {"level", files.median, "--median", "1", "3", "-o", In("levelled.fits")});
-    Step("render", {"render", In("levelled.fits"), "-o", In("stack.png")});
+    RenderStack();
     Step("render raw", {"render", "--view", files.raw.front(), "-o", In("raw.png")});
     Step("render one", {"render", "--view", files.calibrated[kTrailLight - 1], "-o", In("calibrated.png")});
     Step("render rejection", {"render", "--view", files.rejection, "-o", In("rejection.png")});
+  }
+
+  // With a caption where there are letters for it.
+  void RenderStack() {
+    report.hasCaption = !FindFontFamily("").empty();
+    if (!report.hasCaption) {
+      Step("render", {"render", In("levelled.fits"), "-o", In("stack.png")});
+      return;
+    }
+    Step("annotate", {"annotate", In("levelled.fits"), "--text", "16", "12",
+                      fmt::format("Simulated field, median of {} frames", kFrames), "--text", "16", "44",
+                      fmt::format("シミュレーションの星野 {}枚のメディアン合成", kFrames), "-o", In("stack.png")});
   }
 
   void Step(std::string const& name, std::vector<std::string> arguments) {
@@ -101,7 +113,7 @@ class Demo {
     std::vector<std::string> arguments;
     if (options.common.quiet) arguments.emplace_back("-q");
     if (options.common.force) arguments.emplace_back("--force");
-    if (command != "level" && command != "render") {
+    if (command != "level" && command != "render" && command != "annotate") {
       arguments.insert(arguments.end(), {"--threads", std::to_string(options.common.threads)});
     }
     return arguments;

@@ -159,6 +159,7 @@ std::string FormatReport(DemoReport const& report) {
                        YesNo(IsGone(report.trailInStack, report.trailInFrame)),
                        YesNo(IsGone(report.trailInRejection, report.trailInFrame)), report.trailInFrame,
                        report.trailInStack, report.trailInRejection));
+  if (!report.hasCaption) text += Line("caption", "none in the picture: no font is installed");
   std::string times;
   for (auto const& [step, seconds] : report.seconds)
     times += fmt::format("{}{} {:.2f}", times.empty() ? "" : ", ", step, seconds);
@@ -186,6 +187,7 @@ std::string FormatReportJson(DemoReport const& report) {
                       {"trail_frame", report.trailInFrame},
                       {"trail_stack", report.trailInStack},
                       {"trail_rejection", report.trailInRejection},
+                      {"caption", report.hasCaption},
                       {"seconds", seconds}};
   return document.dump(2) + "\n";
 }

@@ -33,6 +33,7 @@ struct DemoReport {
   double trailInFrame = 0.0;  // ADU
   double trailInStack = 0.0;
   double trailInRejection = 0.0;
+  bool hasCaption = false;                              // the picture carries a text: a font was found
   std::vector<std::pair<std::string, double>> seconds;  // of each step
 
   double NoiseGain() const { return noiseOfFrame / noiseOfStack; }

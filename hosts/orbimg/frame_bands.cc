@@ -99,7 +99,7 @@ void FrameBands::ShowIn(COrbImage& image, std::size_t i) const {
 
 void FrameBands::ReportNonFinite(Environment& environment) const {
   for (std::size_t i = 0; i < sources.size(); ++i) {
-    WarnOfNonFinite(environment, *sources[i].reader, nonFinite[i], kGoIntoResult);
+    WarnOfNonFinite(environment, sources[i].reader->Path(), nonFinite[i], kGoIntoResult);
   }
 }
 

@@ -20,9 +20,6 @@ struct BandSource {
   std::function<void(int plane, int top, int rows, float* samples)> prepare;
 };
 
-// What becomes of samples that are not finite, for the warning.
-inline constexpr char kGoIntoResult[] = "and go into the result as they stand";
-
 class FrameBands {
  public:
   FrameBands(std::vector<BandSource> initSources, Shape const& initResult);

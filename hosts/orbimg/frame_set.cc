@@ -38,11 +38,10 @@ std::int64_t ReadSamples(FitsReader& reader, COrbImage& image) {
   return reader.NonFinite() - before;
 }
 
-void WarnOfNonFinite(Environment& environment, FitsReader const& reader, std::int64_t count,
+void WarnOfNonFinite(Environment& environment, std::string const& path, std::int64_t count,
                      std::string const& consequence) {
   if (count == 0) return;
-  environment.Warn(
-      fmt::format("{}: {} samples are not finite {}; repair the frame", reader.Path(), count, consequence));
+  environment.Warn(fmt::format("{}: {} samples are not finite {}; repair the frame", path, count, consequence));
 }
 
 std::int64_t BytesOf(Shape const& shape) {

@@ -20,11 +20,14 @@ ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& 
 // HostError where calibration frames do not fit lights: another size, or colour for mono.
 void CheckFitsLights(FitsReader const& calibration, std::string const& kind, FitsReader const& light);
 
+// What becomes of samples that are not finite, for the warning.
+inline constexpr char kGoIntoResult[] = "and go into the result as they stand";
+
 // Reads all samples into an image of floats. Returns how many are not finite.
 std::int64_t ReadSamples(FitsReader& reader, COrbImage& image);
 
 // A warning of samples that are not finite, if there are any; `consequence` says what becomes of them.
-void WarnOfNonFinite(Environment& environment, FitsReader const& reader, std::int64_t count,
+void WarnOfNonFinite(Environment& environment, std::string const& path, std::int64_t count,
                      std::string const& consequence);
 
 std::int64_t BytesOf(Shape const& shape);  // as floats

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include <fmt/format.h>
 #include <orbimg/orbimg.h>
 
 namespace orb::host {
@@ -23,6 +24,10 @@ FrameTransform FrameTransform::About(Position const& centre) const {
   moved.cx = centre.x;
   moved.cy = centre.y;
   return moved;
+}
+
+std::string FrameTransform::Text() const {
+  return fmt::format("dx {:.4f} dy {:.4f} angle {:.5f} about {:.2f} {:.2f}", dx, dy, angle, cx, cy);
 }
 
 RigidMap::RigidMap(FrameTransform const& transform)

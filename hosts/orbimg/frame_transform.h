@@ -5,6 +5,8 @@
 // reference to the frame. dx, dy, angle and stdCtr go to the operators as they stand here.
 #pragma once
 
+#include <string>
+
 namespace orb::host {
 
 struct Position {
@@ -24,6 +26,8 @@ struct FrameTransform {
 
   // The same mapping with its rotation written about another point of the frame; only dx and dy change with it.
   FrameTransform About(Position const& centre) const;
+  // "dx 1.2500 dy -3.0000 angle 0.01000 about 512.00 384.00": for HISTORY cards.
+  std::string Text() const;
 };
 
 // A transform made ready for many positions.

@@ -2,6 +2,7 @@
 
 #include <hosts/io/picture_file.h>
 #include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/frame_set.h>
 
 namespace orb::host {
 
@@ -14,6 +15,11 @@ std::string ReadImage(std::string const& path, Frame& frame) {
   }
   ReadFits(path, frame);
   return FitsReader(path).TypeName();
+}
+
+void ReadForWork(std::string const& path, Frame& frame, Environment& environment) {
+  ReadImage(path, frame);
+  WarnOfNonFinite(environment, path, frame.nonFinite, kGoIntoResult);
 }
 
 }  // namespace orb::host

@@ -9,6 +9,7 @@
 #include <hosts/orbimg/environment.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
+#include <hosts/orbimg/rectangle_option.h>
 #include <nlohmann/json.hpp>
 
 namespace orb::host {
@@ -45,23 +46,9 @@ void CheckValues(LevelOptions const& options) {
   }
 }
 
-std::optional<CRect> MakeRect(LevelOptions const& options, COrbImage const& image) {
-  if (options.rect.empty()) return std::nullopt;
-  CRect const rect(options.rect[0], options.rect[1], options.rect[2], options.rect[3]);
-  if (0 <= rect.left && rect.left < rect.right && rect.right <= image.GetWidth() && 0 <= rect.top &&
-      rect.top < rect.bottom && rect.bottom <= image.GetHeight()) {
-    return rect;
-  }
-  throw HostError(
-      Exit::kUsage,
-      fmt::format("--rect: {} {} {} {} is no part of an image of {} x {}; give left, top, right, bottom, the last "
-                  "two one past the end",
-                  rect.left, rect.top, rect.right, rect.bottom, image.GetWidth(), image.GetHeight()));
-}
-
 // Sets the levels and says what was done.
 std::string ApplyLevels(LevelOptions const& options, CImgAutoLevel& image) {
-  std::optional<CRect> rect = MakeRect(options, image);
+  std::optional<CRect> rect = MakeRect(options.rect, image);
   CRect* const area = rect ? &*rect : nullptr;
   int const perPlane = options.perPlane ? 1 : 0;
   if (!options.area.empty()) {

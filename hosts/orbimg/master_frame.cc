@@ -101,7 +101,7 @@ void MakeMaster(ReaderList const& readers, MasterRecipe const& recipe, Environme
                                          recipe.equalize ? ", brought to the median of the first" : ""));
     return;
   }
-  WarnOfNonFinite(environment, first, ReadSamples(first, master.image), "and go into every light");
+  WarnOfNonFinite(environment, first.Path(), ReadSamples(first, master.image), "and go into every light");
   if (recipe.dark != nullptr) master.image.DarkClbrtn(recipe.dark, 0);
 }
 

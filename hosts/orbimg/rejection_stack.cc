@@ -16,7 +16,7 @@ void ReadWhole(BandSource const& source, WindowedFrame& frame, Environment& envi
     reader.ReadRows(p, 0, shape.height, frame.Row(p, 0));
     if (source.prepare) source.prepare(p, 0, shape.height, frame.Row(p, 0));
   }
-  WarnOfNonFinite(environment, reader, reader.NonFinite() - before, kGoIntoResult);
+  WarnOfNonFinite(environment, reader.Path(), reader.NonFinite() - before, kGoIntoResult);
 }
 
 void CopyWhole(WindowedFrame const& from, WindowedFrame& to) {

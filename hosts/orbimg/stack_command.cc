@@ -47,7 +47,7 @@ std::vector<AlignedFrame> CollectFrames(StackOptions const& options, StackMode c
   std::vector<AlignedFrame> frames;
   for (std::string const& file :
        ExpandFiles(options.inputs, mode.orderMatters ? FileOrder::kAsGiven : FileOrder::kNatural)) {
-    frames.push_back(AlignedFrame{file, {}, "none", 0, 0.0});
+    frames.push_back(AlignedFrame{file, {}, "none", 0, std::nullopt});
   }
   return frames;
 }

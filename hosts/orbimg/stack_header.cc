@@ -56,9 +56,7 @@ FitsHeader MakeStackHeader(ReaderList const& readers, std::vector<AlignedFrame> 
   header.AddHistory(fmt::format("orbimg stack: {}, {} frames on {}", parameters.Text(), frames.size(),
                                 BareName(frames.front().file)));
   for (AlignedFrame const& frame : frames) {
-    FrameTransform const& t = frame.transform;
-    header.AddHistory(fmt::format("orbimg stack: {} dx {:.4f} dy {:.4f} angle {:.5f} about {:.2f} {:.2f}",
-                                  BareName(frame.file), t.dx, t.dy, t.angle, t.cx, t.cy));
+    header.AddHistory(fmt::format("orbimg stack: {} {}", BareName(frame.file), frame.transform.Text()));
   }
   return header;
 }

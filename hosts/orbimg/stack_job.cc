@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
+#include <hosts/orbimg/add_constant.h>
 #include <hosts/orbimg/band_stack.h>
 #include <hosts/orbimg/frame_median.h>
 #include <hosts/orbimg/frame_set.h>
@@ -20,10 +21,6 @@ constexpr int kMedianMessage = 6141;
 constexpr int kCompositeMessage = 6107;
 
 using SetLevels = std::function<void(COrbImage&, std::size_t)>;
-
-void AddConstant(float* samples, std::int64_t count, double constant) {
-  for (std::int64_t i = 0; i < count; ++i) samples[i] = static_cast<float>(samples[i] + constant);
-}
 
 // What brings the median of each frame to that of the first.
 std::vector<double> FindSkyOffsets(ReaderList const& readers, Environment& environment) {

@@ -7,6 +7,9 @@ namespace orb {
 // and multiplies by 255.0, so the two are not exact inverses.
 inline constexpr double kInverse255 = 0.00392156862745098;
 
+// A quantity in 256ths; exactly 1/256.
+inline constexpr double kInverse256 = 0.00390625;
+
 inline constexpr double kRadiansPerDegree = 0.017453292519943295;
 inline constexpr double kDegreesPerRadian = 57.29577951308232;
 

@@ -197,6 +197,25 @@ class ORBIMG_API COrbImage : public CImage {
   // the 256-scale of both.
   void PixelBlt(int dstX, int dstY, int width, int height, COrbImage* src, int srcX, int srcY, int convert);
 
+  // ---- Lightness and Lab planes (orb_image_lab.cc); color.h has the colour model.
+  // Brightness by lightness: the 256-scale value of the gray whose CIE L is that of the colour r, g, b (256-scale, each
+  // limited to -5000 .. 5000). Uses nothing of the image.
+  double CalcBrightL(double r, double g, double b);
+  // New images of L, of a and b, or of all three, in their own units (L: 0 to 100 for white, more above it). Each
+  // channel is read on the 256-scale, limited to 0 .. 5000, with `clip` and on a colour image to 0 .. 255; a mono image
+  // is its own gray. Samples are CColor's, to one unit in the last place of a float. The new image has the size and the
+  // stdCtr of this one and no standard points. Intended: the L plane gets the levels of this image's plane 0; the
+  // others keep a new image's 0 to 255. Intended: progress is always on, one unit a row, messages 6101, 6102, 6133. The
+  // caller deletes the image. Null if there is no memory for it, and for an image of two planes.
+  COrbImage* MakeLPlane();
+  COrbImage* MakeAbPlane(int clip);
+  COrbImage* MakeLabPlane();
+  // Transformed, bilinear raw samples of an L plane (plane 0) and of an ab plane image (planes 0 and 1, not rounded);
+  // `outside` off the image. Positions as in the transformed sampling.
+  float GetPixelL(int x, int y, double dx, double dy, double sinA, double cosA, double scale, double outside);
+  void GetPixelAb(int x, int y, double dx, double dy, double sinA, double cosA, double scale, double* a, double* b,
+                  double outside);
+
   // ---- Rendering (display/). A block with a BITMAPINFOHEADER, at 8 bits 256 palette entries, and the rows from the
   // bottom up, each padded with zeros to a multiple of four bytes. Every sample becomes its byte on the 256-scale of
   // its plane.

@@ -1,5 +1,6 @@
 // Reading and writing single samples on every scale.
 #include <orbimg/core/bilinear_internal.h>
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/level.h>
 #include <orbimg/core/orb_image.h>
 #include <platform/assert.h>
@@ -62,13 +63,13 @@ float COrbImage::GetPixelGray256f(double x, double y, int plane) {
 }
 
 float COrbImage::GetPixelBright256f(int x, int y) {
-  if (!IsColor()) return GetPixelGray256f(x, y, 0);
+  if (!orb::HasBrightness(*this)) return GetPixelGray256f(x, y, 0);
   return GetPixelBright256f(GetImageAdr(x, y, 0, 1, nullptr), GetImageAdr(x, y, 1, 1, nullptr),
                             GetImageAdr(x, y, 2, 1, nullptr));
 }
 
 float COrbImage::GetPixelBright256f(float* r, float* g, float* b) {
-  if (!IsColor()) return GetPixelGray256f(r, 0);
+  if (!orb::HasBrightness(*this)) return GetPixelGray256f(r, 0);
   auto const in256 = [&](float* p, int plane) { return To256(static_cast<double>(*p), plane); };
   return static_cast<float>(orb::Brightness(in256(r, 0), in256(g, 1), in256(b, 2)));
 }

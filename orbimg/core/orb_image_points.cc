@@ -1,6 +1,7 @@
 // Selection, standard points, centroid, and the fit between two images.
 #include <cmath>
 
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
 
@@ -16,7 +17,7 @@ double FlooredValue(COrbImage& image, int x, int y) {
     double const v = image.To256(static_cast<double>(image.GetPixelGrayRaw(x, y, plane)), plane);
     return v < 0.0 ? 0.0 : v;
   };
-  if (!image.IsColor()) return floored(0);
+  if (!orb::HasBrightness(image)) return floored(0);
   return orb::kRedWeight * floored(0) + orb::kGreenWeight * floored(1) + orb::kBlueWeight * floored(2);
 }
 
@@ -25,7 +26,7 @@ double PlainValue(COrbImage& image, int x, int y) {
   auto const in256 = [&](int plane) {
     return image.To256(static_cast<double>(image.GetPixelGrayRaw(x, y, plane)), plane);
   };
-  if (!image.IsColor()) return in256(0);
+  if (!orb::HasBrightness(image)) return in256(0);
   return orb::kRedWeight * in256(0) + orb::kGreenWeight * in256(1) + orb::kBlueWeight * in256(2);
 }
 

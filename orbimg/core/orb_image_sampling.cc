@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <orbimg/core/bilinear_internal.h>
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/level.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/transform_internal.h>
@@ -46,15 +47,15 @@ int Round(double v) { return static_cast<int>(v + 0.5); }
 // value(plane) for one plane, or for the brightness of a colour image where `plane` is -1.
 template <typename Value>
 double OnePlaneOrBrightness(COrbImage const& image, int plane, Value value) {
-  if (!image.IsColor()) return value(0);
-  if (plane != -1) return value(plane);
+  if (plane != -1) return value(image.IsColor() ? plane : 0);
+  if (!orb::HasBrightness(image)) return value(0);
   return orb::Brightness(value(0), value(1), value(2));
 }
 
-// value(plane) for the three colours; a mono image gives its plane three times.
+// value(plane) for the three colours; one without all three gives its plane 0 three times.
 template <typename Value>
 void ThreeColors(COrbImage const& image, Value value, double* r, double* g, double* b) {
-  bool const color = image.IsColor() != 0;
+  bool const color = orb::HasBrightness(image);
   *r = value(0);
   *g = color ? value(1) : *r;
   *b = color ? value(2) : *r;

@@ -3,6 +3,7 @@
 #include <climits>
 #include <vector>
 
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/histogram_kernels.h>
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
@@ -90,7 +91,7 @@ int COrbImage::GetHistGram(int* const hist, int bins, double lo, double hi, int 
   orb::Bounds bounds = orb::ClampRectWeakly(rect, width, height);
   // Rows are the units, also where planes are joined.
   ShowProgressInit(progress, msgId == 0 ? kCounting : msgId, bounds.Rows());
-  bool const brightness = plane == kBrightness && IsColor() && planes >= 3;
+  bool const brightness = plane == kBrightness && orb::HasBrightness(*this);
   int const counted = plane == kBrightness ? 0 : plane;
   // Without classes, or without the plane, every row is empty.
   bool const countable = bins > 0 && counted >= 0 && counted < planes;

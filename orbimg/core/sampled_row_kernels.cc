@@ -6,55 +6,10 @@
 
 #include <orbimg/core/level.h>
 #include <orbimg/core/row_kernel.h>
+#include <orbimg/core/shifted_row_kernels.h>
 #include <orbimg/core/truncate.h>
 
 namespace {
-
-// The two rows of samples that a row of a shifted image lies between. A side of one sample stands for its own
-// neighbour.
-struct RowPair {
-  float const* a0;
-  float const* a1;
-  float const* b0;
-  float const* b1;
-};
-
-template <typename Sample>
-[[gnu::always_inline]] inline void InterpolateRun(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
-                                                  Sample* out) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    out[i] = static_cast<Sample>(orb::InterpolateCell(pair.a0[i], pair.a1[i], pair.b0[i], pair.b1[i], fractions[i], g));
-  }
-}
-
-ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
-                                      float* out) {
-  InterpolateRun(pair, fractions, g, count, out);
-}
-
-ORB_ROW_KERNEL void InterpolateRunRow(RowPair pair, double const* fractions, double g, std::ptrdiff_t count,
-                                      double* out) {
-  InterpolateRun(pair, fractions, g, count, out);
-}
-
-// The same where all columns have one fraction, which spares reading it.
-template <typename Sample>
-[[gnu::always_inline]] inline void InterpolateEvenRun(RowPair pair, double f, double g, std::ptrdiff_t count,
-                                                      Sample* out) {
-  ORB_COLUMNS_INDEPENDENT
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    out[i] = static_cast<Sample>(orb::InterpolateCell(pair.a0[i], pair.a1[i], pair.b0[i], pair.b1[i], f, g));
-  }
-}
-
-ORB_ROW_KERNEL void InterpolateEvenRunRow(RowPair pair, double f, double g, std::ptrdiff_t count, float* out) {
-  InterpolateEvenRun(pair, f, g, count, out);
-}
-
-ORB_ROW_KERNEL void InterpolateEvenRunRow(RowPair pair, double f, double g, std::ptrdiff_t count, double* out) {
-  InterpolateEvenRun(pair, f, g, count, out);
-}
 
 // Where the cells of a plane lie, for columns that find theirs one by one.
 struct PlaneShape {
@@ -67,10 +22,10 @@ struct PlaneShape {
   std::ptrdiff_t NextRow() const { return height > 1 ? width : 0; }
 };
 
-// sx = along x - row x + cx, sy = cy - (along y + row y): inside positions, then FindCell without its branches. A
-// position held at the last sample has a fraction of 1 in the cell before.
-ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY, double rowX, double rowY, double cx,
-                                     double cy, PlaneShape shape, std::ptrdiff_t count, double* fractionX,
+// sx = (along x - row x) * scale + cx, sy = cy - (along y + row y) * scale: inside positions, then FindCell without its
+// branches. A position held at the last sample has a fraction of 1 in the cell before.
+ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY, double rowX, double rowY, double scale,
+                                     double cx, double cy, PlaneShape shape, std::ptrdiff_t count, double* fractionX,
                                      double* fractionY, std::ptrdiff_t* offsets) {
   double const lastX = shape.width - 1;
   double const lastY = shape.height - 1;
@@ -79,8 +34,8 @@ ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY,
   std::ptrdiff_t const width = shape.width;
   ORB_COLUMNS_INDEPENDENT
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    double const sx = alongX[i] - rowX + cx;
-    double const sy = cy - (alongY[i] + rowY);
+    double const sx = (alongX[i] - rowX) * scale + cx;
+    double const sy = cy - (alongY[i] + rowY) * scale;
     double const x = sx < lastX ? sx : lastX;
     double const y = sy < lastY ? sy : lastY;
     int const column = std::min(static_cast<int>(x), lastColumnCell);
@@ -226,9 +181,10 @@ namespace orb {
 // How many rows beforehand the memory of a turned image is asked for.
 constexpr double kRowsAhead = 4.0;
 
-SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double dy, double sinA, double cosA)
+SampledRow::SampledRow(COrbImage& image, int left, int right, double dx, double dy, double sinA, double cosA,
+                       double scale)
     : source(image),
-      transform{dx, dy, sinA, cosA, 1.0, image.GetStdCtr().fx, image.GetStdCtr().fy},
+      transform{dx, dy, sinA, cosA, scale, image.GetStdCtr().fx, image.GetStdCtr().fy},
       isShift(transform.IsShift()),
       count(right > left ? static_cast<std::ptrdiff_t>(right) - left : 0) {
   std::size_t const columns = At(count);
@@ -274,9 +230,11 @@ void SampledRow::PrepareRotation(int left) {
   alongY.resize(At(count));
   fractionY.resize(At(count));
   offsets.resize(At(count));
-  // One row further down here is sinA columns and cosA rows further in the source.
-  ahead = static_cast<std::ptrdiff_t>(TruncateToInt(std::round(kRowsAhead * transform.cosA))) * source.GetWidth() +
-          TruncateToInt(std::round(kRowsAhead * transform.sinA));
+  // One row further down here is sinA columns and cosA rows further in the source, times the scale. Where that is
+  // large, hardly a position lies inside.
+  double const rows = kRowsAhead * std::clamp(transform.scale, -4.0, 4.0);
+  ahead = static_cast<std::ptrdiff_t>(TruncateToInt(std::round(rows * transform.cosA))) * source.GetWidth() +
+          TruncateToInt(std::round(rows * transform.sinA));
   for (std::ptrdiff_t i = 0; i < count; ++i) {
     double const p = left + i - transform.cx - transform.dx;
     alongX[At(i)] = p * transform.cosA;
@@ -301,13 +259,14 @@ void SampledRow::LocateRotated(int y) {
   rowX = q * transform.sinA;
   rowY = q * transform.cosA;
   PlaneShape const shape{source.GetWidth(), source.GetHeight()};
+  double const scale = transform.scale;
   ColumnInterval const x =
-      InsideColumns(count, shape.width, transform.cosA >= 0.0, [&](std::ptrdiff_t i) { return PositionX(i); });
+      InsideColumns(count, shape.width, transform.cosA * scale >= 0.0, [&](std::ptrdiff_t i) { return PositionX(i); });
   ColumnInterval const v =
-      InsideColumns(count, shape.height, transform.sinA < 0.0, [&](std::ptrdiff_t i) { return PositionY(i); });
+      InsideColumns(count, shape.height, transform.sinA * scale < 0.0, [&](std::ptrdiff_t i) { return PositionY(i); });
   begin = std::max(x.begin, v.begin);
   end = std::max(begin, std::min(x.end, v.end));
-  LocateRotatedRow(alongX.data() + begin, alongY.data() + begin, rowX, rowY, transform.cx, transform.cy, shape,
+  LocateRotatedRow(alongX.data() + begin, alongY.data() + begin, rowX, rowY, scale, transform.cx, transform.cy, shape,
                    end - begin, fractionX.data() + begin, fractionY.data() + begin, offsets.data() + begin);
 }
 
@@ -321,20 +280,20 @@ void SampledRow::SampleShifted(float const* samples, Sample* out) const {
       std::copy(a + run.cell, a + run.cell + (run.end - run.begin), out + run.begin);
       continue;
     }
-    RowPair const pair{a + run.cell, a + run.cell + shape.NextColumn(), b + run.cell,
-                       b + run.cell + shape.NextColumn()};
+    orb::RowPair const pair{a + run.cell, a + run.cell + shape.NextColumn(), b + run.cell,
+                            b + run.cell + shape.NextColumn()};
     if (run.even) {
-      InterpolateEvenRunRow(pair, run.fraction, row.fraction, run.end - run.begin, out + run.begin);
+      orb::InterpolateEvenRunRow(pair, run.fraction, row.fraction, run.end - run.begin, out + run.begin);
       continue;
     }
-    InterpolateRunRow(pair, fractionX.data() + run.begin, row.fraction, run.end - run.begin, out + run.begin);
+    orb::InterpolateRunRow(pair, fractionX.data() + run.begin, row.fraction, run.end - run.begin, out + run.begin);
   }
 }
 
 template <typename Sample>
 void SampledRow::SampleInside(int plane, Sample* out) const {
   if (begin == end) return;
-  float const* const samples = source.GetImageAdr(0, 0, source.IsColor() != 0 ? plane : 0, 1, nullptr);
+  float const* const samples = source.GetImageAdr(0, 0, StoredPlane(plane), 1, nullptr);
   if (isShift) {
     SampleShifted(samples, out);
     return;
@@ -346,7 +305,7 @@ void SampledRow::SampleInside(int plane, Sample* out) const {
 
 void SampledRow::SampleInside256f(int plane, double* out) const {
   SampleInside(plane, out);
-  To256Row(out + begin, end - begin, LevelOf(source, source.IsColor() != 0 ? plane : 0));
+  To256Row(out + begin, end - begin, LevelOf(source, StoredPlane(plane)));
 }
 
 template <typename SamplePlane>

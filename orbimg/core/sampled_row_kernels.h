@@ -1,6 +1,5 @@
 // Whole rows of another image read through a transform: the fast twin of the transformed sampler. Every value equals,
-// bit for bit, what the single-sample form of COrbImage returns for that pixel with a scale of 1.0 and bilinear
-// reading.
+// bit for bit, what the single-sample form of COrbImage returns for that pixel with bilinear reading.
 //
 //   orb::SampledRow second(image, left, right, dx, dy, sinA, cosA);
 //   for each y: second.Locate(y); second.SampleRaw(plane, outside, row);
@@ -8,10 +7,12 @@
 // The addresses of the image are asked for anew by every sampling call, and none is kept: no lock is needed.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
 #include <orbimg/core/bilinear_internal.h>
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/transform_internal.h>
 #include <platform/export.h>
@@ -32,11 +33,12 @@ struct ColumnRun {
 
 // Made once for a run over the columns left .. right - 1 of the destination; holds its scratch memory, up to eight
 // doubles a column. Columns are counted from `left`. A mono image has plane 0 only, whatever `plane` says; a `plane` of
-// -1 is the brightness of a colour image.
+// -1 is the brightness of a colour image, which one of two planes does not have: plane 0 stands for it.
 class ORBIMG_API SampledRow {
  public:
   // The angle's sine and cosine as the operator computed them.
-  SampledRow(COrbImage& source, int left, int right, double dx, double dy, double sinA, double cosA);
+  SampledRow(COrbImage& source, int left, int right, double dx, double dy, double sinA, double cosA,
+             double scale = 1.0);
 
   // Finds the source positions of row y. Call first for each row.
   void Locate(int y);
@@ -47,9 +49,11 @@ class ORBIMG_API SampledRow {
 
   // Source position of a column, inside or not.
   double PositionX(std::ptrdiff_t column) const {
-    return isShift ? alongX[At(column)] : alongX[At(column)] - rowX + transform.cx;
+    return isShift ? alongX[At(column)] : (alongX[At(column)] - rowX) * transform.scale + transform.cx;
   }
-  double PositionY(std::ptrdiff_t column) const { return isShift ? rowY : transform.cy - (alongY[At(column)] + rowY); }
+  double PositionY(std::ptrdiff_t column) const {
+    return isShift ? rowY : transform.cy - (alongY[At(column)] + rowY) * transform.scale;
+  }
 
   // The bilinear values in double, unrounded, `outside` where outside.
   void SampleDouble(int plane, double outside, double* out);
@@ -64,7 +68,8 @@ class ORBIMG_API SampledRow {
   void PrepareShift(int left);
   void PrepareRotation(int left);
   void LocateRotated(int y);
-  bool IsBrightness(int plane) const { return plane == -1 && source.IsColor() != 0; }
+  bool IsBrightness(int plane) const { return plane == -1 && HasBrightness(source); }
+  int StoredPlane(int plane) const { return source.IsColor() != 0 ? std::max(plane, 0) : 0; }
   template <typename Sample>
   void SampleInside(int plane, Sample* out) const;
   template <typename Sample>
@@ -82,8 +87,9 @@ class ORBIMG_API SampledRow {
   std::ptrdiff_t begin = 0;
   std::ptrdiff_t end = 0;
 
-  // A shift: the source x of each column, and y of the row. A rotation: the products of p with cosine and sine of each
-  // column, and of q with sine and cosine of the row; p and q as in transform_internal.h.
+  // A shift: the source x of each column, and y of the row. Otherwise: the products of p with cosine and sine of each
+  // column, and of q with sine and cosine of the row; p and q as in transform_internal.h. Without a rotation these are
+  // p, 0, 0 and q, and give the same positions as the form that has no angle.
   std::vector<double> alongX;
   std::vector<double> alongY;
   double rowX = 0.0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <orbimg/filters/convolve_plane_internal.h>
 #include <orbimg/filters/edge_guide_internal.h>
 #include <orbimg/filters/filter_radius_internal.h>
 #include <orbimg/filters/row_convolution_internal.h>
@@ -27,9 +28,7 @@ void CImgFilterBlur::MeanFilter(double* const range, double* const weight, COrbI
     CFilterKernel mean;
     mean.MakeMean(r, range[p], weight[p]);
     orb::RowConvolution convolution(mean, r, src->GetWidth());
-    orb::EachWindowRow(run, *this, *src, p, r, [&](orb::WindowRow const& row) {
-      convolution.Compute(row.window.rows.get(), row.left, row.right, row.dst);
-    });
+    orb::ConvolvePlane(run, *this, *src, p, r, convolution);
   }
   run.End();
 }
@@ -46,9 +45,7 @@ void CImgFilterBlur::GaussianFilter(double* const sigma, COrbImage* src, CRect* 
     CFilterKernel gaussian;
     gaussian.MakeGaussian(r, sigma[p]);
     orb::RowConvolution convolution(gaussian, r, src->GetWidth(), orb::RowConvolution::Sums::kFactored);
-    orb::EachWindowRow(run, *this, *src, p, r, [&](orb::WindowRow const& row) {
-      convolution.Compute(row.window.rows.get(), row.left, row.right, row.dst);
-    });
+    orb::ConvolvePlane(run, *this, *src, p, r, convolution);
   }
   run.End();
 }

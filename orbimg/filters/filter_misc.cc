@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include <orbimg/filters/convolve_plane_internal.h>
 #include <orbimg/filters/row_convolution_internal.h>
-#include <orbimg/filters/window_run_internal.h>
 
 namespace {
 
@@ -17,10 +17,6 @@ void CImgFilterMisc::Custom(int radius, double* weights, COrbImage* src, CRect* 
   CFilterKernel const kernel(radius, weights, 0);
   int const windowRadius = std::max(radius, 0);
   orb::RowConvolution convolution(kernel, windowRadius, src->GetWidth());
-  for (int p = 0; p < planes; ++p) {
-    orb::EachWindowRow(run, *this, *src, p, windowRadius, [&](orb::WindowRow const& row) {
-      convolution.Compute(row.window.rows.get(), row.left, row.right, row.dst);
-    });
-  }
+  for (int p = 0; p < planes; ++p) orb::ConvolvePlane(run, *this, *src, p, windowRadius, convolution);
   run.End();
 }

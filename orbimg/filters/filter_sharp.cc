@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <orbimg/filters/convolve_plane_internal.h>
 #include <orbimg/filters/edge_guide_internal.h>
 #include <orbimg/filters/filter_radius_internal.h>
 #include <orbimg/filters/row_convolution_internal.h>
@@ -37,9 +38,7 @@ void CImgFilterSharp::SharpFilter(double* const range, double* const weight, COr
     CFilterKernel sharp;
     sharp.MakeSharp(held, weight[p]);
     orb::RowConvolution convolution(sharp, sharp.radius, src->GetWidth());
-    orb::EachWindowRow(run, *this, *src, p, sharp.radius, [&](orb::WindowRow const& row) {
-      convolution.Compute(row.window.rows.get(), row.left, row.right, row.dst);
-    });
+    orb::ConvolvePlane(run, *this, *src, p, sharp.radius, convolution);
   }
   run.End();
 }

@@ -2,6 +2,7 @@
 
 #include <orbimg/core/row_kernel.h>
 #include <orbimg/filters/convolution_kernels.h>
+#include <orbimg/filters/wide_kernels.h>
 
 namespace {
 
@@ -62,6 +63,7 @@ ORB_ROW_KERNEL void ClipRow(float const* samples, std::ptrdiff_t count, float lo
 }
 
 void FoldRow(double const* sums, double const* factors, int radius, std::ptrdiff_t count, float* out) {
+  if (count >= kLeastColumns && HasWideVectors()) return FoldWideRow(sums, factors, radius, count, out);
   alignas(64) double totals[kBlock];
   for (std::ptrdiff_t begin = 0; begin < count; begin += kBlock) {
     std::ptrdiff_t const n = std::min(kBlock, count - begin);

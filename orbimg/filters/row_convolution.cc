@@ -89,8 +89,7 @@ void RowConvolution::ComputeInside(float* const* rows, int begin, int end, Out* 
   if constexpr (std::is_same_v<Out, float>) {
     if (factored) return ComputeFactored(rows, begin, end, out);
   }
-  // A product of 0 changes no sum of finite samples, which begins with 0.0 and so never is -0.0.
-  bool const doSkip = 4 * zeroWeights > places.size() && AreFinite(rows, begin - m, end + m);
+  bool const doSkip = DoSkipZeros(rows + windowRadius - m, 2 * m + 1, begin - m, end + m);
   taps.clear();
   for (Place const& place : places) {
     if (doSkip && place.weight == 0.0) continue;
@@ -99,16 +98,91 @@ void RowConvolution::ComputeInside(float* const* rows, int begin, int end, Out* 
   SumTapsRow(taps.data(), taps.size(), end - begin, out);
 }
 
-bool RowConvolution::AreFinite(float* const* rows, int begin, int end) const {
-  for (int k = windowRadius - m; k <= windowRadius + m; ++k) {
-    if (!IsFiniteRow(rows[k] + begin, end - begin)) return false;
+// A product of 0 changes no sum of finite samples, which begins with 0.0 and so never is -0.0.
+bool RowConvolution::DoSkipZeros(float* const* rows, int rowCount, int begin, int end) const {
+  if (4 * zeroWeights <= places.size()) return false;
+  return std::all_of(rows, rows + rowCount, [=](float const* row) { return IsFiniteRow(row + begin, end - begin); });
+}
+
+bool RowConvolution::TakesFourRows() const { return isWide && HasWideVectors(); }
+
+void RowConvolution::ComputeFour(float* const* rows, int begin, int end, float* const* out) {
+  if (begin >= end) return;
+  int const inside = std::clamp(m, begin, end);
+  int const outside = std::clamp(width - m, inside, end);
+  for (int j = 0; j < kRowsAtOnce; ++j) {
+    ComputeNarrow(rows + j, begin, inside, out[j]);
+    ComputeNarrow(rows + j, outside, end, out[j] + (outside - begin));
+    if (outside - inside < kLeastColumns) ComputeInside(rows + j, inside, outside, out[j] + (inside - begin));
   }
-  return true;
+  if (outside - inside < kLeastColumns) return;
+  float* const from[] = {out[0] + (inside - begin), out[1] + (inside - begin), out[2] + (inside - begin),
+                         out[3] + (inside - begin)};
+  if (factored) {
+    ComputeFourFactored(rows, inside, outside, from);
+  } else {
+    ComputeFourInside(rows, inside, outside, from);
+  }
+}
+
+void RowConvolution::ComputeFourInside(float* const* rows, int begin, int end, float* const* out) {
+  bool const doSkip = DoSkipZeros(rows, 2 * m + kRowsAtOnce, begin - m, end + m);
+  int const size = 2 * m + 1;
+  ListFourRows([&](int row, int i) { return places[static_cast<std::size_t>(row * size + i)].weight; }, size, doSkip,
+               rows, begin - m);
+  SumFourRows(fourLists, end - begin, out);
+}
+
+// `columns` taps a row from column x on. Row k of the window is row k - j of the table for row j of the results.
+template <typename WeightAt>
+void RowConvolution::ListFourRows(WeightAt weightAt, int columns, bool doSkip, float* const* rows, int x) {
+  int const rowCount = 2 * m + kRowsAtOnce;
+  fourTaps.clear();
+  fourTaps.reserve(static_cast<std::size_t>(rowCount * columns));  // lists point into it
+  fourLists.clear();
+  for (int k = 0; k < rowCount; ++k) {
+    int const first = std::max(0, k - 2 * m);
+    int const last = std::min(kRowsAtOnce - 1, k);
+    FourRowTap const* list = fourTaps.data() + fourTaps.size();
+    for (int i = 0; i < columns; ++i) {
+      FourRowTap tap{{}, rows[k] + x + i};
+      bool isNeeded = !doSkip;
+      for (int j = first; j <= last; ++j) {
+        tap.weights[j] = weightAt(k - j, i);
+        isNeeded = isNeeded || tap.weights[j] != 0.0;
+      }
+      if (isNeeded) fourTaps.push_back(tap);
+    }
+    // Taken by the same rows as the list before: one list with it.
+    if (!fourLists.empty() && fourLists.back().first == first && fourLists.back().last == last) {
+      list = fourLists.back().taps.data();
+      fourLists.pop_back();
+    }
+    fourLists.push_back(FourRowTaps{first, last, {list, fourTaps.data() + fourTaps.size()}});
+  }
+}
+
+void RowConvolution::ComputeFourFactored(float* const* rows, int begin, int end, float* const* out) {
+  // Blocks of about the same size, so that none is too short.
+  int const blocks = (end - begin + kSumColumns - 1) / kSumColumns;
+  int const blockColumns = (end - begin + blocks - 1) / blocks;
+  std::ptrdiff_t const stride = kSumColumns + 2 * std::ptrdiff_t{m};
+  sums.resize(std::max(sums.size(), static_cast<std::size_t>(kRowsAtOnce * stride)));
+  double* const sumRows[] = {sums.data(), sums.data() + stride, sums.data() + 2 * stride, sums.data() + 3 * stride};
+  for (int x = begin; x < end; x += blockColumns) {
+    int const count = std::min(blockColumns, end - x);
+    ListFourRows([&](int row, int) { return factored->RowFactors()[static_cast<std::size_t>(row)]; }, 1, false, rows,
+                 x - m);
+    SumFourRows(fourLists, count + 2 * m, sumRows);
+    for (int j = 0; j < kRowsAtOnce; ++j) {
+      FoldRow(sumRows[j] + m, factored->ColumnFactors().data(), m, count, out[j] + (x - begin));
+    }
+  }
 }
 
 // Columns first, by exact products, then rows.
 void RowConvolution::ComputeFactored(float* const* rows, int begin, int end, float* out) {
-  sums.resize(static_cast<std::size_t>(kSumColumns + 2 * m));
+  sums.resize(std::max(sums.size(), static_cast<std::size_t>(kSumColumns + 2 * m)));
   for (int x = begin; x < end; x += kSumColumns) {
     int const count = std::min(kSumColumns, end - x);
     taps.clear();

@@ -7,6 +7,7 @@
 #include <orbimg/filters/convolution_kernels.h>
 #include <orbimg/filters/factored_kernel_internal.h>
 #include <orbimg/filters/filter_kernel.h>
+#include <orbimg/filters/wide_kernels.h>
 #include <platform/export.h>
 
 namespace orb {
@@ -30,6 +31,10 @@ class ORBIMG_API RowConvolution {
   // Results for the columns begin .. end - 1 of the image, none if there are none. `rows` are a window's, at column 0.
   void Compute(float* const* rows, int begin, int end, double* out);
   void Compute(float* const* rows, int begin, int end, float* out);
+  // The same for four neighbouring rows, `rows` being those of the first one's window and three more. Only where
+  // TakesFourRows; faster, not different.
+  bool TakesFourRows() const;
+  void ComputeFour(float* const* rows, int begin, int end, float* const* out);
   // ConvolveClip.
   void ComputeClipped(float* const* rows, int begin, int end, float lo, float hi, float* out);
 
@@ -45,10 +50,14 @@ class ORBIMG_API RowConvolution {
   template <typename Out>
   void ComputeInside(float* const* rows, int begin, int end, Out* out);
   void ComputeFactored(float* const* rows, int begin, int end, float* out);
+  void ComputeFourInside(float* const* rows, int begin, int end, float* const* out);
+  void ComputeFourFactored(float* const* rows, int begin, int end, float* const* out);
+  template <typename WeightAt>
+  void ListFourRows(WeightAt weightAt, int columns, bool doSkip, float* const* rows, int x);
   template <typename Out>
   void ComputeNarrow(float* const* rows, int begin, int end, Out* out);
   void SumPadded(float* const* rows, int begin, int end, float lo, float hi, bool doClip, float* out);
-  bool AreFinite(float* const* rows, int begin, int end) const;
+  bool DoSkipZeros(float* const* rows, int rowCount, int begin, int end) const;
 
   int windowRadius;
   int width;
@@ -58,6 +67,8 @@ class ORBIMG_API RowConvolution {
   std::size_t zeroWeights;
   std::optional<FactoredKernel> factored;
   std::vector<Tap> taps;
+  std::vector<FourRowTap> fourTaps;
+  std::vector<FourRowTaps> fourLists;
   std::vector<float> padded;
   std::vector<float> narrow;
   std::vector<double> sums;

@@ -1,5 +1,6 @@
 #include <orbimg/stacking/composite.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -9,6 +10,9 @@
 #include <orbimg/stacking/composite_modes_internal.h>
 
 namespace {
+
+// A colour image's planes that are joined; `second` has no more.
+constexpr int kColorPlanes = 3;
 
 struct Sources {
   COrbImage& first;
@@ -51,7 +55,7 @@ void CombineRows(COrbImage& image, Sources const& sources, orb::Combination cons
   std::vector<Value> second(static_cast<std::size_t>(area.Columns()));
   for (int y = area.top; y < area.bottom; ++y) {
     sampled.Locate(y);
-    for (int p = 0; p < (isColor ? image.GetPlanes() : 1); ++p) {
+    for (int p = 0; p < (isColor ? std::min(image.GetPlanes(), kColorPlanes) : 1); ++p) {
       Sample(sampled, sources, isColor ? p : -1, second.data());
       CombinePlane(image, sources, combination, area, y, p, second.data());
     }

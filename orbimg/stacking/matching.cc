@@ -111,13 +111,29 @@ class Search {
  private:
   // Empties the list.
   void TryWhole(std::vector<Shift>& shifts) {
-    std::vector<double> values(shifts.size());
-    metric.AtWholeShifts(shifts, values);
-    for (std::size_t i = 0; i < shifts.size(); ++i) {
-      best.Offer(values[i], static_cast<double>(shifts[i].dx), static_cast<double>(shifts[i].dy));
-      reference.ShowProgress(1);
+    std::vector<Shift> const contenders = FindContenders(shifts);
+    std::vector<double> values(contenders.size());
+    metric.AtWholeShifts(contenders, values);
+    for (std::size_t i = 0; i < contenders.size(); ++i) {
+      best.Offer(values[i], static_cast<double>(contenders[i].dx), static_cast<double>(contenders[i].dy));
     }
+    for (std::size_t i = 0; i < shifts.size(); ++i) reference.ShowProgress(1);
     shifts.clear();
+  }
+
+  // The shifts that can win, in their order. What is left out is above the best so far, or above another shift of the
+  // list, so that no value of it is needed.
+  std::vector<Shift> FindContenders(std::vector<Shift> const& shifts) {
+    if (shifts.size() < 2) return shifts;
+    std::vector<orb::ValueRange> ranges(shifts.size());
+    metric.BoundAtWholeShifts(shifts, ranges);
+    double limit = best.value;
+    for (orb::ValueRange const& range : ranges) limit = std::min(limit, range.highest);
+    std::vector<Shift> contenders;
+    for (std::size_t i = 0; i < shifts.size(); ++i) {
+      if (ranges[i].lowest <= limit) contenders.push_back(shifts[i]);
+    }
+    return contenders;
   }
 
   CImgMatching& reference;

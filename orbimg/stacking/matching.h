@@ -43,6 +43,10 @@ class ORBIMG_API CImgMatching : public COrbImage {
   // Progress: message 6152, range * range / 4 + 9 units, or + 297 with `fine`: 1 for each whole shift, 6 for each
   // fractional one. Whole shifts are computed up to 306 at a time, and tick when they are done. ESC does not stop the
   // search.
+  //
+  // Whole shifts that cannot win are not computed to the last bit: sums of floats, and limits for their rounding, show
+  // it in half the time or less. The answer is that of the metric of all of them. Where nearly all shifts are equal, to
+  // a few millionths for each 100 columns, the search takes half as long again.
   int Do(COrbImage* source, double* x, double* y, int range, int fine, int progress);
 
   // The metric at a whole shift. `ratio` has an entry for each plane that both images have.

@@ -1,17 +1,100 @@
 #include <orbimg/stacking/matching_kernels.h>
 
+#include <algorithm>
+
 #include <orbimg/core/row_kernel.h>
 
 namespace orb {
 
-ORB_ROW_KERNEL void WidenBlock(float const* in, std::ptrdiff_t inStride, std::ptrdiff_t columns, int rows, double r,
-                               double* out, std::ptrdiff_t outStride) {
+namespace {
+
+template <typename Sample>
+[[gnu::always_inline]] inline void Scale(float const* in, std::ptrdiff_t inStride, std::ptrdiff_t columns, int rows,
+                                         double r, Sample* out, std::ptrdiff_t outStride) {
+  auto const factor = static_cast<Sample>(r);
   for (int y = 0; y < rows; ++y) {
     ORB_COLUMNS_INDEPENDENT
-    for (std::ptrdiff_t x = 0; x < columns; ++x) out[x] = in[x] * r;
+    for (std::ptrdiff_t x = 0; x < columns; ++x) out[x] = in[x] * factor;
     in += inStride;
     out += outStride;
   }
+}
+
+// A vector that lies anywhere, on machines with shorter ones several of them.
+template <typename Sample>
+struct VectorOf {
+  static constexpr int kBytes = 64;
+  static constexpr int kLanes = kBytes / static_cast<int>(sizeof(Sample));
+  typedef Sample Type __attribute__((vector_size(kBytes), aligned(alignof(Sample)), may_alias));
+};
+
+// Four vectors at once, so that their sums stay in registers from the first row to the last.
+template <typename Sample>
+[[gnu::always_inline]] inline void AddFewColumns(Sample const* p, std::ptrdiff_t pStride, Sample const* q,
+                                                 std::ptrdiff_t qStride, int rows, Sample* sums) {
+  using Vector = typename VectorOf<Sample>::Type;
+  auto* const s = reinterpret_cast<Vector*>(sums);
+  Vector s0 = s[0];
+  Vector s1 = s[1];
+  Vector s2 = s[2];
+  Vector s3 = s[3];
+  for (int y = 0; y < rows; ++y) {
+    auto const* const a = reinterpret_cast<Vector const*>(p);
+    auto const* const b = reinterpret_cast<Vector const*>(q);
+    Vector const d0 = a[0] - b[0];
+    Vector const d1 = a[1] - b[1];
+    Vector const d2 = a[2] - b[2];
+    Vector const d3 = a[3] - b[3];
+    s0 += d0 * d0;
+    s1 += d1 * d1;
+    s2 += d2 * d2;
+    s3 += d3 * d3;
+    p += pStride;
+    q += qStride;
+  }
+  s[0] = s0;
+  s[1] = s1;
+  s[2] = s2;
+  s[3] = s3;
+}
+
+// A column meets its rows in order, whichever loop it is in.
+template <typename Sample>
+[[gnu::always_inline]] inline void AddDifferences(Block<Sample> a, std::ptrdiff_t columns, int rows,
+                                                  std::ptrdiff_t stride, DifferenceJob<Sample> const* jobs,
+                                                  std::size_t count) {
+  constexpr std::ptrdiff_t kFew = 4 * VectorOf<Sample>::kLanes;
+  for (std::size_t i = 0; i < count; ++i) {
+    std::ptrdiff_t begin = 0;
+    for (; begin + kFew <= columns; begin += kFew) {
+      AddFewColumns(a.samples + begin, a.stride, jobs[i].samples + begin, stride, rows, jobs[i].sums + begin);
+    }
+    if (begin == columns) continue;
+    Sample const* p = a.samples;
+    Sample const* q = jobs[i].samples;
+    Sample* const sums = jobs[i].sums;
+    for (int y = 0; y < rows; ++y) {
+      ORB_COLUMNS_INDEPENDENT
+      for (std::ptrdiff_t x = begin; x < columns; ++x) {
+        Sample const d = p[x] - q[x];
+        sums[x] += d * d;
+      }
+      p += a.stride;
+      q += stride;
+    }
+  }
+}
+
+}  // namespace
+
+ORB_ROW_KERNEL void ScaleBlock(float const* in, std::ptrdiff_t inStride, std::ptrdiff_t columns, int rows, double r,
+                               double* out, std::ptrdiff_t outStride) {
+  Scale(in, inStride, columns, rows, r, out, outStride);
+}
+
+ORB_ROW_KERNEL void ScaleBlock(float const* in, std::ptrdiff_t inStride, std::ptrdiff_t columns, int rows, double r,
+                               float* out, std::ptrdiff_t outStride) {
+  Scale(in, inStride, columns, rows, r, out, outStride);
 }
 
 ORB_ROW_KERNEL void InterpolateColumnsRow(float const* a, float const* b, double const* f, std::ptrdiff_t count,
@@ -27,42 +110,14 @@ ORB_ROW_KERNEL void InterpolateRowsRow(double const* upper, double const* lower,
   for (std::ptrdiff_t x = 0; x < count; ++x) out[x] = (upper[x] * h + lower[x] * g) * r;
 }
 
-// Four rows at once spare three of four loads and stores of the sums; a column still meets its rows in order.
-ORB_ROW_KERNEL void AddSquaredDifferences(WideBlock a, std::ptrdiff_t columns, int rows, std::ptrdiff_t stride,
-                                          DifferenceJob const* jobs, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    double const* p = a.samples;
-    double const* q = jobs[i].samples;
-    double* const sums = jobs[i].sums;
-    int y = 0;
-    for (; y + 4 <= rows; y += 4) {
-      double const* const p1 = p + a.stride;
-      double const* const p2 = p1 + a.stride;
-      double const* const p3 = p2 + a.stride;
-      double const* const q1 = q + stride;
-      double const* const q2 = q1 + stride;
-      double const* const q3 = q2 + stride;
-      ORB_COLUMNS_INDEPENDENT
-      for (std::ptrdiff_t x = 0; x < columns; ++x) {
-        double const d0 = p[x] - q[x];
-        double const d1 = p1[x] - q1[x];
-        double const d2 = p2[x] - q2[x];
-        double const d3 = p3[x] - q3[x];
-        sums[x] = sums[x] + d0 * d0 + d1 * d1 + d2 * d2 + d3 * d3;
-      }
-      p = p3 + a.stride;
-      q = q3 + stride;
-    }
-    for (; y < rows; ++y) {
-      ORB_COLUMNS_INDEPENDENT
-      for (std::ptrdiff_t x = 0; x < columns; ++x) {
-        double const d = p[x] - q[x];
-        sums[x] += d * d;
-      }
-      p += a.stride;
-      q += stride;
-    }
-  }
+ORB_ROW_KERNEL void AddSquaredDifferences(Block<double> a, std::ptrdiff_t columns, int rows, std::ptrdiff_t stride,
+                                          DifferenceJob<double> const* jobs, std::size_t count) {
+  AddDifferences(a, columns, rows, stride, jobs, count);
+}
+
+ORB_ROW_KERNEL void AddSquaredDifferences(Block<float> a, std::ptrdiff_t columns, int rows, std::ptrdiff_t stride,
+                                          DifferenceJob<float> const* jobs, std::size_t count) {
+  AddDifferences(a, columns, rows, stride, jobs, count);
 }
 
 ORB_ROW_KERNEL double FoldSums(double* sums) {
@@ -71,6 +126,23 @@ ORB_ROW_KERNEL double FoldSums(double* sums) {
     for (int i = 0; i < half; ++i) sums[i] += sums[i + half];
   }
   return sums[0];
+}
+
+double FoldSums(float* sums) {
+  double wide[kTileColumns];
+  std::copy_n(sums, kTileColumns, wide);
+  return FoldSums(wide);
+}
+
+ORB_ROW_KERNEL void AddSquaresRow(float const* in, std::ptrdiff_t count, double* sums) {
+  for (std::ptrdiff_t begin = 0; begin < count; begin += kTileColumns) {
+    std::ptrdiff_t const columns = std::min<std::ptrdiff_t>(kTileColumns, count - begin);
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t x = 0; x < columns; ++x) {
+      double const v = in[begin + x];
+      sums[x] += v * v;
+    }
+  }
 }
 
 }  // namespace orb

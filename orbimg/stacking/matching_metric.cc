@@ -76,57 +76,65 @@ void EachTile(Area const& area, Work work, EndStrip endStrip) {
   }
 }
 
-// Doubles from a cache line's start on: vector loads that straddle two lines cost twice as much.
-constexpr int kLineDoubles = 8;
-struct alignas(kLineDoubles * sizeof(double)) Line {
-  double samples[kLineDoubles];
+// Samples from a cache line's start on: vector loads that straddle two lines cost twice as much.
+constexpr int kLineBytes = 64;
+template <typename Sample>
+constexpr int kLineSamples = kLineBytes / static_cast<int>(sizeof(Sample));
+template <typename Sample>
+struct alignas(kLineBytes) Line {
+  Sample samples[kLineSamples<Sample>];
 };
-using Lines = std::vector<Line>;
+template <typename Sample>
+using Lines = std::vector<Line<Sample>>;
 
-int LinesOf(int doubles) { return (doubles + kLineDoubles - 1) / kLineDoubles; }
+// The remainder of either sign, brought to 0 .. size - 1.
+int Wrap(int value, int size) { return (value % size + size) % size; }
 
-// A wide copy of part of a plane, addressed by the plane's own coordinates.
-class WidePart {
+// A scaled copy of part of a plane, addressed by the plane's own coordinates.
+template <typename Sample>
+class ScaledPart {
  public:
-  // `aligned` is a column that shall start a line.
+  // `aligned` is a column that shall start a line; it may lie left or right of the part.
   void Copy(COrbImage const& image, int plane, Area const& part, int aligned, double r) {
-    // A remainder of either sign, as the column may lie left or right of the part.
-    left = part.left - ((part.left - aligned) % kLineDoubles + kLineDoubles) % kLineDoubles;
+    left = part.left - Wrap(part.left - aligned, kLine);
     top = part.top;
-    int const lines = LinesOf(part.right - left);
-    stride = static_cast<std::ptrdiff_t>(lines) * kLineDoubles;
+    int const lines = (part.right - left + kLine - 1) / kLine;
+    stride = static_cast<std::ptrdiff_t>(lines) * kLine;
     storage.resize(static_cast<std::size_t>(lines) * static_cast<std::size_t>(part.bottom - part.top));
-    WidenBlock(image.GetImageAdr(part.left, part.top, plane, 1, nullptr), image.GetWidth(), part.right - part.left,
+    ScaleBlock(image.GetImageAdr(part.left, part.top, plane, 1, nullptr), image.GetWidth(), part.right - part.left,
                part.bottom - part.top, r, At(part.left, part.top), stride);
   }
   std::ptrdiff_t Stride() const { return stride; }
-  WideBlock From(int x, int y) { return WideBlock{At(x, y), stride}; }
+  Block<Sample> From(int x, int y) { return Block<Sample>{At(x, y), stride}; }
 
  private:
-  double* At(int x, int y) { return reinterpret_cast<double*>(storage.data()) + ((y - top) * stride + (x - left)); }
+  static constexpr int kLine = kLineSamples<Sample>;
+
+  Sample* At(int x, int y) { return reinterpret_cast<Sample*>(storage.data()) + ((y - top) * stride + (x - left)); }
 
   int left = 0;
   int top = 0;
   std::ptrdiff_t stride = 0;
-  Lines storage;
+  Lines<Sample> storage;
 };
 
 // The partial sums of a strip, one set for each shift.
+template <typename Sample>
 class StripSums {
  public:
   explicit StripSums(std::size_t shifts) : sums(shifts * kSetLines), total(shifts) {}
 
-  double* For(std::size_t shift, int column) { return sums[shift * kSetLines].samples + column % kTileColumns; }
+  Sample* For(std::size_t shift, int column) { return sums[shift * kSetLines].samples + column % kTileColumns; }
   void EndStrip() {
     for (std::size_t i = 0; i < total.size(); ++i) total[i] += FoldSums(sums[i * kSetLines].samples);
-    std::fill(sums.begin(), sums.end(), Line{});
+    std::fill(sums.begin(), sums.end(), Line<Sample>{});
   }
   double Total(std::size_t shift) const { return total[shift]; }
 
  private:
-  static constexpr std::size_t kSetLines = kTileColumns / kLineDoubles;
+  static constexpr std::size_t kSetLines = kTileColumns / kLineSamples<Sample>;
 
-  Lines sums;
+  Lines<Sample> sums;
   std::vector<double> total;
 };
 
@@ -140,53 +148,58 @@ struct Candidate {
   Area SourceOf(Area const& cell) const {
     return Area{cell.left - dx, cell.top - dy, cell.right - dx, cell.bottom - dy};
   }
-  // Candidates with the same phase read the source at the same distance from a line's start.
-  int Phase() const { return ((dx % kLineDoubles) + kLineDoubles) % kLineDoubles; }
 };
+using Candidates = std::vector<Candidate>;
 
-// Adds the differences of one tile to the sums of candidates of one phase.
+// Adds the differences of one tile to the sums of candidates of one phase: those that read the source at the same
+// distance from a line's start.
+template <typename Sample>
 class PhaseGroup {
  public:
+  static int PhaseOf(Candidate const& candidate) { return Wrap(candidate.dx, kLineSamples<Sample>); }
+
   explicit PhaseGroup(std::span<Candidate const> members) : candidates(members), jobs(members.size()) {}
 
-  void AddTile(COrbImage const& source, int plane, double r, Area const& tile, WidePart& wideReference,
-               WidePart& wideSource, StripSums& sums) {
+  void AddTile(COrbImage const& source, int plane, double r, Area const& tile, ScaledPart<Sample>& referencePart,
+               ScaledPart<Sample>& sourcePart, StripSums<Sample>& sums) {
     Area reads;
     for (Candidate const& c : candidates) {
       Area const cell = Intersect(tile, c.overlap);
       if (!cell.IsEmpty()) reads = Unite(reads, c.SourceOf(cell));
     }
     if (reads.IsEmpty()) return;
-    wideSource.Copy(source, plane, reads, tile.left - candidates.front().dx, r);
+    sourcePart.Copy(source, plane, reads, tile.left - candidates.front().dx, r);
     for (std::size_t i = 0; i < candidates.size();) {
       Area const cell = Intersect(tile, candidates[i].overlap);
       std::size_t count = 0;
       for (; i < candidates.size() && Intersect(tile, candidates[i].overlap) == cell; ++i) {
         Candidate const& c = candidates[i];
         if (!cell.IsEmpty()) {
-          jobs[count++] =
-              DifferenceJob{wideSource.From(cell.left - c.dx, cell.top - c.dy).samples, sums.For(c.index, cell.left)};
+          jobs[count++] = DifferenceJob<Sample>{sourcePart.From(cell.left - c.dx, cell.top - c.dy).samples,
+                                                sums.For(c.index, cell.left)};
         }
       }
       if (count > 0)
-        AddSquaredDifferences(wideReference.From(cell.left, cell.top), cell.right - cell.left, cell.bottom - cell.top,
-                              wideSource.Stride(), jobs.data(), count);
+        AddSquaredDifferences(referencePart.From(cell.left, cell.top), cell.right - cell.left, cell.bottom - cell.top,
+                              sourcePart.Stride(), jobs.data(), count);
     }
   }
 
  private:
   std::span<Candidate const> candidates;
-  std::vector<DifferenceJob> jobs;
+  std::vector<DifferenceJob<Sample>> jobs;
 };
 
 // Sorts the candidates by phase, keeping their order inside one.
-std::vector<PhaseGroup> GroupByPhase(std::vector<Candidate>& candidates) {
+template <typename Sample>
+std::vector<PhaseGroup<Sample>> GroupByPhase(Candidates& candidates) {
+  auto const phaseOf = PhaseGroup<Sample>::PhaseOf;
   std::stable_sort(candidates.begin(), candidates.end(),
-                   [](Candidate const& a, Candidate const& b) { return a.Phase() < b.Phase(); });
-  std::vector<PhaseGroup> groups;
+                   [&](Candidate const& a, Candidate const& b) { return phaseOf(a) < phaseOf(b); });
+  std::vector<PhaseGroup<Sample>> groups;
   for (std::size_t begin = 0; begin < candidates.size();) {
     std::size_t end = begin;
-    while (end < candidates.size() && candidates[end].Phase() == candidates[begin].Phase()) ++end;
+    while (end < candidates.size() && phaseOf(candidates[end]) == phaseOf(candidates[begin])) ++end;
     groups.emplace_back(std::span(candidates).subspan(begin, end - begin));
     begin = end;
   }
@@ -285,42 +298,114 @@ class InterpolatedRows {
   int lowerRow = -1;
 };
 
-}  // namespace
-
-MatchingMetric::MatchingMetric(COrbImage const& referenceImage, COrbImage const& sourceImage, double const* ratios)
-    : reference(referenceImage),
-      source(sourceImage),
-      ratio(ratios),
-      planes(std::min(referenceImage.GetPlanes(), sourceImage.GetPlanes())) {}
-
-double MatchingMetric::RatioOf(int plane) const { return static_cast<float>(ratio[plane]); }
-
-void MatchingMetric::AtWholeShifts(std::span<Shift const> shifts, std::span<double> values) const {
-  std::fill(values.begin(), values.end(), kOutOfRange);
-  std::vector<Candidate> candidates;
-  Area all;
+Candidates FindCandidates(COrbImage const& reference, COrbImage const& source, std::span<Shift const> shifts) {
+  Candidates candidates;
   for (std::size_t i = 0; i < shifts.size(); ++i) {
     Area const overlap = OverlapOf(reference, source, shifts[i].dx, shifts[i].dy);
     if (overlap.IsEmpty()) continue;
     candidates.push_back(Candidate{static_cast<int>(shifts[i].dx), static_cast<int>(shifts[i].dy), overlap, i});
-    all = Unite(all, overlap);
   }
-  std::vector<PhaseGroup> groups = GroupByPhase(candidates);
-  StripSums sums(shifts.size());
-  WidePart wideReference;
-  WidePart wideSource;
-  for (int p = 0; p < planes; ++p) {
+  return candidates;
+}
+
+// The sums of squared differences of all planes, in the order of the shifts. Sorts the candidates.
+template <typename Sample>
+StripSums<Sample> SumDifferences(COrbImage const& reference, COrbImage const& source, std::span<double const> ratios,
+                                 Candidates& candidates, std::size_t shifts) {
+  Area all;
+  for (Candidate const& c : candidates) all = Unite(all, c.overlap);
+  std::vector<PhaseGroup<Sample>> groups = GroupByPhase<Sample>(candidates);
+  StripSums<Sample> sums(shifts);
+  ScaledPart<Sample> referencePart;
+  ScaledPart<Sample> sourcePart;
+  for (std::size_t p = 0; p < ratios.size(); ++p) {
+    int const plane = static_cast<int>(p);
     EachTile(
         all,
         [&](Area const& tile) {
-          wideReference.Copy(reference, p, tile, tile.left, 1.0);
-          for (PhaseGroup& group : groups) {
-            group.AddTile(source, p, RatioOf(p), tile, wideReference, wideSource, sums);
+          referencePart.Copy(reference, plane, tile, tile.left, 1.0);
+          for (PhaseGroup<Sample>& group : groups) {
+            group.AddTile(source, plane, ratios[p], tile, referencePart, sourcePart, sums);
           }
         },
         [&] { sums.EndStrip(); });
   }
-  for (Candidate const& c : candidates) values[c.index] = sums.Total(c.index) / (c.overlap.Count() * planes);
+  return sums;
+}
+
+double SumSquares(COrbImage const& image, int plane) {
+  double sums[kTileColumns] = {};
+  for (int y = 0; y < image.GetHeight(); ++y) {
+    AddSquaresRow(image.GetImageAdr(0, y, plane, 1, nullptr), image.GetWidth(), sums);
+  }
+  return FoldSums(sums);
+}
+
+// How far the metric can be from the sum that floats gave. With u the rounding of a float, a difference d' of floats
+// stands for the difference d:
+//
+//   d' = (reference - source * r * (1 + <u)) * (1 + <u)
+//
+// so that the lengths of all d' and of all d, as vectors, are apart by at most u times the lengths of d and of
+// source * r. The sum of the d'^2 itself is off by u for each of its terms at most. The factors beside the bare ones
+// make up for what the bounds, and the metric in doubles, lose by rounding of their own.
+class FloatRounding {
+ public:
+  FloatRounding(double lengthOfSource, int planes) : sourceLength(lengthOfSource), planeCount(planes) {}
+
+  ValueRange RangeOf(double sum, Area const& overlap) const {
+    double const terms = kTileRows * (static_cast<double>(overlap.right - overlap.left) / kTileColumns + 2.0);
+    double const slack = 1.25 * terms * kUnit;
+    if (!std::isfinite(sum) || !std::isfinite(sourceLength) || slack > kMostSlack) return ValueRange{};
+    double const count = overlap.Count() * planeCount;
+    double const shortest = std::sqrt(std::max(0.0, sum * (1.0 - slack) - count * kTiny));
+    double const longest = std::sqrt(sum * (1.0 + slack) + count * kTiny);
+    double const offset = 1.01 * kUnit * sourceLength + std::sqrt(count) * kTiny;
+    double const low = std::max(0.0, shortest * (1.0 - 2.0 * kUnit) - offset);
+    double const high = longest * (1.0 + 2.0 * kUnit) + offset;
+    return ValueRange{low * low / count, high * high / count};
+  }
+
+ private:
+  static constexpr double kUnit = 0x1p-24;
+  static constexpr double kTiny = 0x1p-148;  // above what a product or square loses that is too small for a float
+  static constexpr double kMostSlack = 0.01;
+
+  double sourceLength;
+  int planeCount;
+};
+
+}  // namespace
+
+MatchingMetric::MatchingMetric(COrbImage const& referenceImage, COrbImage const& sourceImage, double const* ratio)
+    : reference(referenceImage), source(sourceImage) {
+  int const planes = std::min(referenceImage.GetPlanes(), sourceImage.GetPlanes());
+  for (int p = 0; p < planes; ++p) ratios.push_back(static_cast<float>(ratio[p]));
+}
+
+void MatchingMetric::AtWholeShifts(std::span<Shift const> shifts, std::span<double> values) const {
+  std::fill(values.begin(), values.end(), kOutOfRange);
+  Candidates candidates = FindCandidates(reference, source, shifts);
+  auto const sums = SumDifferences<double>(reference, source, ratios, candidates, shifts.size());
+  for (Candidate const& c : candidates) values[c.index] = sums.Total(c.index) / (c.overlap.Count() * Planes());
+}
+
+void MatchingMetric::BoundAtWholeShifts(std::span<Shift const> shifts, std::span<ValueRange> ranges) {
+  if (!sourceLength.has_value()) sourceLength = FindSourceLength();
+  std::fill(ranges.begin(), ranges.end(), ValueRange{kOutOfRange, kOutOfRange});
+  Candidates candidates = FindCandidates(reference, source, shifts);
+  auto const sums = SumDifferences<float>(reference, source, ratios, candidates, shifts.size());
+  FloatRounding const rounding(*sourceLength, Planes());
+  for (Candidate const& c : candidates) ranges[c.index] = rounding.RangeOf(sums.Total(c.index), c.overlap);
+}
+
+double MatchingMetric::FindSourceLength() const {
+  double sum = 0.0;
+  for (int p = 0; p < Planes(); ++p) {
+    double const r = ratios[static_cast<std::size_t>(p)];
+    sum += SumSquares(source, p) * r * r;
+  }
+  return std::sqrt(sum);
 }
 
 double MatchingMetric::AtFractionalShift(double dx, double dy) const {
@@ -329,26 +414,26 @@ double MatchingMetric::AtFractionalShift(double dx, double dy) const {
   CellTable const columns(overlap.left, overlap.right, dx, source.GetWidth());
   CellTable const rows(overlap.top, overlap.bottom, dy, source.GetHeight());
   InterpolatedRows interpolated(source, columns, rows);
-  StripSums sums(1);
-  WidePart wideReference;
+  StripSums<double> sums(1);
+  ScaledPart<double> referencePart;
   double values[kTileRows * kTileColumns];
-  for (int p = 0; p < planes; ++p) {
-    double const r = RatioOf(p);
+  for (int p = 0; p < Planes(); ++p) {
+    double const r = ratios[static_cast<std::size_t>(p)];
     EachTile(
         overlap,
         [&](Area const& tile) {
-          wideReference.Copy(reference, p, tile, tile.left, 1.0);
+          referencePart.Copy(reference, p, tile, tile.left, 1.0);
           interpolated.StartTile(p, tile);
           for (int y = tile.top; y < tile.bottom; ++y) {
             interpolated.MakeRow(y, r, values + (y - tile.top) * kTileColumns);
           }
-          DifferenceJob const job{values, sums.For(0, tile.left)};
-          AddSquaredDifferences(wideReference.From(tile.left, tile.top), tile.right - tile.left, tile.bottom - tile.top,
+          DifferenceJob<double> const job{values, sums.For(0, tile.left)};
+          AddSquaredDifferences(referencePart.From(tile.left, tile.top), tile.right - tile.left, tile.bottom - tile.top,
                                 kTileColumns, &job, 1);
         },
         [&] { sums.EndStrip(); });
   }
-  return sums.Total(0) / (overlap.Count() * planes);
+  return sums.Total(0) / (overlap.Count() * Planes());
 }
 
 }  // namespace orb

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include <orbimg/core/brightness_internal.h>
 #include <orbimg/core/extrema_internal.h>
 #include <orbimg/core/rank_selection_internal.h>
 #include <orbimg/core/sum_kernels.h>
@@ -143,9 +144,7 @@ double LowPercentileOf(Values& values) {
   return search.Find();
 }
 
-bool TakesBrightness(COrbImage const& image, int perPlane) {
-  return perPlane == 0 && image.IsColor() && image.GetPlanes() >= 3;
-}
+bool TakesBrightness(COrbImage const& image, int perPlane) { return perPlane == 0 && orb::HasBrightness(image); }
 
 // Calls each(values, plane) for the brightness, or for every plane's samples. An empty rectangle has neither.
 template <typename Each>

@@ -17,18 +17,52 @@ TEST(Catalogue, HasEveryOperator) {
   std::set<std::string> names;
   for (OperatorEntry const& entry : Catalogue()) names.insert(entry.name);
   EXPECT_EQ(Catalogue().size(), names.size());
-  EXPECT_EQ((std::set<std::string>{"invert",       "dark",
-                                   "flat",         "clip",
-                                   "gray",         "colour",
-                                   "minmax",       "level-area",
-                                   "level-mean",   "level-median",
-                                   "composite",    "rejection",
-                                   "median",       "match",
-                                   "mosaic",       "compose-rgb",
-                                   "compose-cmy",  "separate",
-                                   "separate-sum", "noise-cut",
-                                   "disk-rank",    "background-smooth",
-                                   "contour",      "custom"}),
+  EXPECT_EQ((std::set<std::string>{"invert",
+                                   "dark",
+                                   "flat",
+                                   "clip",
+                                   "gray",
+                                   "colour",
+                                   "minmax",
+                                   "level-area",
+                                   "level-mean",
+                                   "level-median",
+                                   "composite",
+                                   "rejection",
+                                   "median",
+                                   "match",
+                                   "mosaic",
+                                   "compose-rgb",
+                                   "compose-cmy",
+                                   "separate",
+                                   "separate-sum",
+                                   "lab-enhance",
+                                   "compose-lrgb",
+                                   "compose-lrgb-mean",
+                                   "compose-lab",
+                                   "bright",
+                                   "calculate",
+                                   "balance",
+                                   "posterise",
+                                   "curve",
+                                   "equalise",
+                                   "false-colour",
+                                   "noise-cut",
+                                   "disk-rank",
+                                   "background-smooth",
+                                   "contour",
+                                   "custom",
+                                   "mean",
+                                   "gaussian",
+                                   "blur-median",
+                                   "mean-off-edges",
+                                   "sharpen",
+                                   "sharpen-edges",
+                                   "unsharp",
+                                   "shape-median",
+                                   "shape-rank",
+                                   "laplacian",
+                                   "shape-unsharp"}),
             names);
 }
 
@@ -80,6 +114,11 @@ TEST(Catalogue, EntriesArePresentable) {
     EXPECT_EQ(entry.reports == host::Reports::kNever, entry.units == host::Units::kNone);
     ExpectPresentable(entry.parameters);
     ExpectPresentable(entry.frameParameters);
+    for (host::Table const& table : entry.tables) {
+      EXPECT_FALSE(table.name.empty());
+      EXPECT_LT(table.leastEntries, table.mostEntries);
+      ExpectSentence(table.help);
+    }
     for (host::Result const& result : entry.results) {
       EXPECT_FALSE(result.name.empty());
       ExpectSentence(result.help);

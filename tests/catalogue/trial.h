@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -47,12 +48,17 @@ class Trial {
     if (entry.needsSecond) call.second = &second;
     call.values = way.values;
     if (!entry.results.empty()) call.results = &results;
+    AddTables(random);
   }
   Trial(Trial const&) = delete;
   Trial& operator=(Trial const&) = delete;
 
   bool IsSound() const { return host::CheckInvocation(entry, call).empty(); }
-  void Run() { EXPECT_EQ(1, entry.run(call)); }
+  // With the same lots for operators that draw them.
+  void Run() {
+    std::srand(1);
+    EXPECT_EQ(1, entry.run(call));
+  }
 
   // All but the image itself.
   std::vector<COrbImage*> Inputs() {
@@ -75,6 +81,14 @@ class Trial {
   host::Invocation call;
 
  private:
+  void AddTables(Random& random) {
+    std::uniform_real_distribution<float> number(0.0f, 1.0f);
+    call.tables.resize(entry.TablesFor(image.GetPlanes()), std::vector<float>(40));
+    for (std::vector<float>& table : call.tables) {
+      for (float& v : table) v = number(random);
+    }
+  }
+
   // As it is, shifted, turned, and partly off the image; every second one has `otherPlanes`.
   void AddFrames(Random& random, int width, int height, int otherPlanes) {
     std::vector<std::vector<double>> const placements = {
@@ -142,12 +156,14 @@ inline std::vector<Way> AllWays() {
         for (int secondPlanes : {1, 3}) {
           SourceShape const shape = entry.sourceShape;
           bool const mayDiffer = shape == SourceShape::kFrame || shape == SourceShape::kAnyToColour ||
-                                 shape == SourceShape::kAny || shape == SourceShape::kColour;
+                                 shape == SourceShape::kFrameToColour || shape == SourceShape::kAny ||
+                                 shape == SourceShape::kColour;
           if (entry.imagePlanes != 0 && planes != entry.imagePlanes) continue;
           if (shape == SourceShape::kColour && sourcePlanes != 3) continue;
           if (!mayDiffer && sourcePlanes != planes) continue;
           if (!entry.needsSecond && !entry.TakesFrames() && secondPlanes != 1) continue;
           if (shape == SourceShape::kColourToMono && planes != 3) continue;
+          if (shape == SourceShape::kFrameToColour && planes != 3) continue;
           if (shape == SourceShape::kAnyToColour && planes != 1) continue;
           for (auto const& values : ValueSets(entry)) {
             Way way{&entry, planes, sourcePlanes, secondPlanes, values, ""};

@@ -17,7 +17,7 @@ using host::Exit;
 AlignmentList TwoFrames(ScratchFolder const& folder) {
   AlignmentList list;
   list.reference = folder / "sub/a.fits";
-  list.frames = {AlignedFrame{folder / "sub/a.fits", {0.0, 0.0, 0.0, 10.0, 11.0}, "reference", 50, 0.0},
+  list.frames = {AlignedFrame{folder / "sub/a.fits", {0.0, 0.0, 0.0, 10.0, 11.0}, "reference", 50, std::nullopt},
                  AlignedFrame{folder / "b.fits", {1.0 / 3.0, -2.5e-7, 0.1, 545.5, 367.5}, "all stars", 42, 0.125}};
   list.leftOut = {{folder / "c.fits", "no stars"}};
   return list;
@@ -40,6 +40,14 @@ TEST(AlignmentFile, ReadsBackWhatWasWrittenToTheLastBit) {
   EXPECT_EQ(frame.method, "all stars");
   EXPECT_EQ(frame.stars, 42);
   EXPECT_EQ(frame.residual, 0.125);
+}
+
+TEST(AlignmentFile, NoResidualIsNull) {
+  ScratchFolder const folder;
+  std::string const text = host::FormatAlignment(TwoFrames(folder), folder / "a.json");
+  EXPECT_NE(text.find("\"residual\": null"), std::string::npos) << text;
+  WriteText(folder / "a.json", text);
+  EXPECT_FALSE(host::ReadAlignment(folder / "a.json").frames[0].residual.has_value());
 }
 
 TEST(AlignmentFile, NamesAreRelativeToItsFolder) {

@@ -55,7 +55,7 @@ TEST(Alignment, FindsShiftAndAngleFromStarLists) {
     ASSERT_TRUE(outcome.alignment) << outcome.reason;
     EXPECT_EQ(AlignmentMethod::kAllStars, outcome.alignment->method);
     EXPECT_GE(outcome.alignment->starsMatched, 75);
-    EXPECT_NEAR(0.1 * std::sqrt(2.0), outcome.alignment->rms, 0.04);
+    EXPECT_NEAR(0.1 * std::sqrt(2.0), outcome.alignment->rms.value(), 0.04);
     EXPECT_LT(Disagreement(truth, outcome.alignment->transform, 1000, 700), 0.12) << angle;
     EXPECT_EQ(499.5, frame.GetStdCtr().fx);
     EXPECT_EQ(349.5, frame.GetStdCtr().fy);

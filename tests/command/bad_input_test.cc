@@ -38,7 +38,12 @@ class BadInputTest : public testing::Test {
             {"align", good, bad, "-o", folder / "out.json"},
             {"stack", good, bad, "-o", folder / "out.fits"},
             {"level", bad, "--set", "1", "2", "-o", folder / "out.fits"},
-            {"render", bad, "-o", folder / "out.png"}};
+            {"apply", "invert", bad, "-o", folder / "out.fits"},
+            {"compose", "rgb", "--red", good, "--green", bad, "--blue", good, "-o", folder / "out.fits"},
+            {"mosaic", good, bad, "-o", folder / "out.fits"},
+            {"split", bad, "-o", folder / "out"},
+            {"render", bad, "-o", folder / "out.png"},
+            {"annotate", bad, "--line", "0", "0", "5", "5", "-o", folder / "out.fits"}};
   }
 
   void ExpectRefused(std::string const& bad, std::vector<std::string> const& parts) {
@@ -127,19 +132,26 @@ TEST_F(BadInputTest, SamplesThatAreNotFiniteAreReportedAndDoNotStopTheWork) {
 
 TEST_F(BadInputTest, OutputInAMissingFolder) {
   std::string const a = folder / "a.fits";
+  WriteFrame(folder / "colour.fits", COrbImage(-32, 4, 3, 3, 1.0, 0.0, 1, nullptr, nullptr));
   for (std::vector<std::string> const& arguments :
        {std::vector<std::string>{"stack", a, folder / "b.fits", "-o", folder / "none/out.fits"},
         std::vector<std::string>{"align", a, folder / "b.fits", "-o", folder / "none/out.json"},
         std::vector<std::string>{"level", a, "--set", "1", "2", "-o", folder / "none/out.fits"},
         std::vector<std::string>{"render", a, "-o", folder / "none/out.png"},
+        std::vector<std::string>{"annotate", a, "--line", "0", "0", "5", "5", "-o", folder / "none/out.png"},
         std::vector<std::string>{"stack", a, folder / "b.fits", "-o", folder / "s.fits", "--preview",
                                  folder / "none/out.png"},
         std::vector<std::string>{"calibrate", a, "--dark", a, "-o", folder / "none/out"},
+        std::vector<std::string>{"apply", "invert", a, "-o", folder / "none/out.fits"},
+        std::vector<std::string>{"compose", "rgb", "--red", a, "--green", a, "--blue", a, "-o",
+                                 folder / "none/out.fits"},
+        std::vector<std::string>{"mosaic", a, a, "-o", folder / "none/out.fits"},
+        std::vector<std::string>{"split", folder / "colour.fits", "-o", folder / "none/out"},
         std::vector<std::string>{"simulate", "-o", folder / "none/out"},
         std::vector<std::string>{"demo", "-o", folder / "none/out"}}) {
     EXPECT_TRUE(FailsInOneLine(RunQuietly(arguments), Exit::kOutput, {"none"})) << arguments[0];
   }
-  EXPECT_EQ(folder.Names().size(), 3u);
+  EXPECT_EQ(folder.Names().size(), 4u);
 }
 
 TEST_F(BadInputTest, AnExistingFileIsKept) {

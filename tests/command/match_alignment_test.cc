@@ -41,6 +41,7 @@ TEST(MatchAlignment, FindsTheFractionOfAPixel) {
       EXPECT_NEAR(dy, outcome.alignment->transform.dy, 0.15);
       EXPECT_EQ(0.0, outcome.alignment->transform.angle);
       EXPECT_EQ(0, outcome.alignment->starsMatched);
+      EXPECT_FALSE(outcome.alignment->rms.has_value());
     }
   }
 }

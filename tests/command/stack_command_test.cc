@@ -287,7 +287,7 @@ TEST_F(StackTest, TheReferenceOfAnAlignmentComesFirst) {
   WriteConstant(folder / "b.fits", 5, 5, 10.0f);
   list.reference = folder / "b.fits";
   list.frames = {AlignedFrame{folder / "a.fits", {}, "all stars", 3, 0.1},
-                 AlignedFrame{folder / "b.fits", {}, "reference", 3, 0.0}};
+                 AlignedFrame{folder / "b.fits", {}, "reference", 3, std::nullopt}};
   host::WriteTextFile(folder / "a.json", host::FormatAlignment(list, folder / "a.json"), host::Existing::kKeep);
   EXPECT_EQ(Stack({"--mode", "subtract"}).image.GetPixelGrayRaw(2, 2, 0), 7.0f);
 }

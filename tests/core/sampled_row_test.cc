@@ -18,6 +18,7 @@ struct Geometry {
   double dy;
   double sinA;
   double cosA;
+  double scale = 1.0;
 };
 
 Geometry Turned(double dx, double dy, double degrees) {
@@ -40,7 +41,7 @@ testing::AssertionResult SameRow(std::vector<Sample> const& expected, std::vecto
 // All rows -3 .. rows + 2 of the columns left .. right - 1, in all four forms, with every plane and the brightness.
 void ExpectEqualsSingleSamples(COrbImage& image, Geometry const& g, int left, int right, int rows) {
   constexpr double kOutside = -12345.678;
-  SampledRow row(image, left, right, g.dx, g.dy, g.sinA, g.cosA);
+  SampledRow row(image, left, right, g.dx, g.dy, g.sinA, g.cosA, g.scale);
   std::size_t const count = right > left ? static_cast<std::size_t>(right - left) : 0;
   for (int y = -3; y < rows + 3; ++y) {
     row.Locate(y);
@@ -50,7 +51,7 @@ void ExpectEqualsSingleSamples(COrbImage& image, Geometry const& g, int left, in
     std::vector<double> x(count), sx(count), y0(count), sy(count);
     for (std::size_t i = 0; i < count; ++i) {
       int isOutside = -1;
-      image.GetPixelGrayRaw(left + static_cast<int>(i), y, g.dx, g.dy, g.sinA, g.cosA, 1.0, 0, 0.0, 0, &isOutside,
+      image.GetPixelGrayRaw(left + static_cast<int>(i), y, g.dx, g.dy, g.sinA, g.cosA, g.scale, 0, 0.0, 0, &isOutside,
                             &x[i], &y0[i]);
       std::ptrdiff_t const column = static_cast<std::ptrdiff_t>(i);
       sx[i] = row.PositionX(column);
@@ -65,9 +66,9 @@ void ExpectEqualsSingleSamples(COrbImage& image, Geometry const& g, int left, in
       row.Sample256f(plane, kOutside, gray.data());
       for (std::size_t i = 0; i < count; ++i) {
         int const column = left + static_cast<int>(i);
-        expectedRaw[i] = image.GetPixelGrayRaw(column, y, g.dx, g.dy, g.sinA, g.cosA, 1.0, plane, kOutside, 0, nullptr,
-                                               nullptr, nullptr);
-        expectedGray[i] = image.GetPixelGray256f(column, y, g.dx, g.dy, g.sinA, g.cosA, 1.0, plane, kOutside, 0,
+        expectedRaw[i] = image.GetPixelGrayRaw(column, y, g.dx, g.dy, g.sinA, g.cosA, g.scale, plane, kOutside, 0,
+                                               nullptr, nullptr, nullptr);
+        expectedGray[i] = image.GetPixelGray256f(column, y, g.dx, g.dy, g.sinA, g.cosA, g.scale, plane, kOutside, 0,
                                                  nullptr, nullptr, nullptr);
       }
       ASSERT_TRUE(SameRow(expectedRaw, raw)) << "raw, row " << y << " plane " << plane;
@@ -81,9 +82,9 @@ void ExpectEqualsSingleSamples(COrbImage& image, Geometry const& g, int left, in
         double v[3];
         double w[3];
         int const column = left + static_cast<int>(i);
-        image.GetPixelRgbRaw(column, y, g.dx, g.dy, g.sinA, g.cosA, 1.0, &v[0], &v[1], &v[2], kOutside, nullptr,
+        image.GetPixelRgbRaw(column, y, g.dx, g.dy, g.sinA, g.cosA, g.scale, &v[0], &v[1], &v[2], kOutside, nullptr,
                              nullptr, nullptr);
-        image.GetPixelRgb256f(column, y, g.dx, g.dy, g.sinA, g.cosA, 1.0, &w[0], &w[1], &w[2], kOutside, nullptr,
+        image.GetPixelRgb256f(column, y, g.dx, g.dy, g.sinA, g.cosA, g.scale, &w[0], &w[1], &w[2], kOutside, nullptr,
                               nullptr, nullptr);
         expectedRaw[i] = v[plane];
         expectedGray[i] = w[plane];
@@ -151,6 +152,24 @@ TEST(SampledRow, TurnsEqualSingleSamples) {
   }
 }
 
+TEST(SampledRow, ScalesEqualSingleSamples) {
+  Random random(16);
+  for (int const width : {1, 2, 9, 24}) {
+    COrbImage image = RandomImage(random, width, 7, width % 2 == 0 ? 3 : 1);
+    image.SetStdCtr(width / 2.0, 2.5);
+    if (width % 3 == 0) StrewSpecialSamples(image, random);
+    for (double const scale : {0.5, 2.0, 0.37, 1.0000000000000002, -1.0, -0.6, 0.0, 1e-300, 1e300, kInfinity, kNan}) {
+      for (double const degrees : {0.0, -3.0, 90.0, 200.0}) {
+        Geometry g = degrees == 0.0 ? Geometry{1.25, -0.5, 0.0, 1.0} : Turned(1.25, -0.5, degrees);
+        g.scale = scale;
+        SCOPED_TRACE(testing::Message() << width << " scale " << scale << " degrees " << degrees);
+        ExpectEqualsSingleSamples(image, g, -6, width + 6, 7);
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
 TEST(SampledRow, AnUnsetCentreIsTakenAsItStandsByTurnsAndNotTouchedByShifts) {
   Random random(13);
   COrbImage image = RandomImage(random, 15, 9, 1);
@@ -170,8 +189,9 @@ TEST(SampledRow, RandomGeometryOverSourcesOfOtherSizes) {
   for (int i = 0; i < 150; ++i) {
     COrbImage image = RandomImage(random, size(random), 1 + size(random) % 12, i % 2 == 0 ? 1 : 3);
     image.SetStdCtr(shift(random), shift(random));
-    Geometry const g = i % 3 == 0 ? Geometry{shift(random), shift(random), 0.0, 1.0}
-                                  : Turned(shift(random), shift(random), angle(random));
+    Geometry g = i % 3 == 0 ? Geometry{shift(random), shift(random), 0.0, 1.0}
+                            : Turned(shift(random), shift(random), angle(random));
+    if (i % 4 == 0) g.scale = shift(random) / 6.0;
     int const left = size(random) - 20;
     ExpectEqualsSingleSamples(image, g, left, left + size(random), 12);
     if (HasFatalFailure()) return;
@@ -256,8 +276,8 @@ TEST(SampledRow, FollowsSamplesThatMoveBetweenCalls) {
   MakeHostile(image);
   for (double const degrees : {0.0, 7.0}) {
     Geometry const g = Turned(0.5, 1.5, degrees);
-    SampledRow row(image, 0, 21, g.dx, g.dy, g.sinA, g.cosA);
-    SampledRow twinRow(twin, 0, 21, g.dx, g.dy, g.sinA, g.cosA);
+    SampledRow row(image, 0, 21, g.dx, g.dy, g.sinA, g.cosA, g.scale);
+    SampledRow twinRow(twin, 0, 21, g.dx, g.dy, g.sinA, g.cosA, g.scale);
     for (int y = 0; y < 8; ++y) {
       std::vector<float> out(21), expected(21);
       row.Locate(y);

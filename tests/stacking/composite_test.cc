@@ -6,6 +6,7 @@
 #include <orbimg/orbimg.h>
 #include <tests/reference/composite_reference.h>
 #include <tests/support/canonical_nans.h>
+#include <tests/support/composite_calls.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
 #include <tests/support/recording_window.h>
@@ -16,12 +17,6 @@ namespace orb::test {
 namespace {
 
 using reference::CompositeArguments;
-
-void Apply(CImgComposit& dst, COrbImage& first, COrbImage& second, CompositeArguments const& c, CRect* rect = nullptr,
-           int progress = 0, int messageId = -1) {
-  dst.Do(&first, &second, c.dx, c.dy, c.angle, c.mode, c.ratio, c.to256, c.clamp, c.threshold, c.radius, rect, progress,
-         messageId);
-}
 
 // Samples one below the other, none of them in the last column or row, so that without a shift they are read as stored.
 // Levels 0 to 255.
@@ -312,13 +307,7 @@ TEST(Composite, InPlaceEqualsCopy) {
   for (int const to256 : {0, 1}) {
     CompositeArguments c = Mode(0, to256);
     c.dx = 0.5;
-    CImgComposit copy;
-    copy.CopyImage(first, nullptr, nullptr);
-    Apply(copy, first, second, c);
-    CImgComposit inPlace;
-    inPlace.CopyImage(first, nullptr, nullptr);
-    Apply(inPlace, inPlace, second, c);
-    EXPECT_TRUE(SameBits(copy, inPlace));
+    EXPECT_TRUE(InPlaceEqualsCopy(first, second, c)) << to256;
   }
 }
 
@@ -425,21 +414,7 @@ TEST(Composite, WorksOnAHostileStore) {
       CompositeArguments c = Mode(0, 1);
       c.dx = 0.5;
       c.angle = angle;
-      CImgComposit expected;
-      expected.Create(first, nullptr, nullptr);
-      Apply(expected, first, second, c);
-      CImgComposit dst;
-      dst.Create(first, nullptr, nullptr);
-      COrbImage hostileFirst(first);
-      COrbImage hostileSecond(second);
-      MakeHostile(dst);
-      MakeHostile(hostileFirst);
-      MakeHostile(hostileSecond);
-      Apply(dst, hostileFirst, hostileSecond, c);
-      EXPECT_TRUE(SameBits(expected, dst));
-      EXPECT_EQ(0, LocksLeft(dst));
-      EXPECT_EQ(0, LocksLeft(hostileFirst));
-      EXPECT_EQ(0, LocksLeft(hostileSecond));
+      EXPECT_TRUE(WorksOnHostileStores(first, second, c)) << angle;
     }
   }
 }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <orbimg/orbimg.h>
+#include <orbimg/stacking/matching_metric_internal.h>
 #include <tests/reference/matching_reference.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
@@ -246,6 +247,103 @@ TEST(Matching, AColourReferenceWithAMonoSourceUsesOnePlaneAndItsRatio) {
   EXPECT_EQ(MatchingOf(firstPlane)->CalcValue(&mono, 0.3, 2.1, ratio),
             MatchingOf(color)->CalcValue(&mono, 0.3, 2.1, ratio));
   EXPECT_EQ(MatchingOf(mono)->CalcValue(&firstPlane, -1, 0, ratio), MatchingOf(mono)->CalcValue(&color, -1, 0, ratio));
+}
+
+// ---- The bounds that spare most of the search
+
+std::vector<Shift> ShiftsAround(int reach) {
+  std::vector<Shift> shifts;
+  for (int y = -reach; y <= reach; ++y) {
+    for (int x = -reach; x <= reach; ++x) shifts.push_back(Shift{x, y});
+  }
+  return shifts;
+}
+
+// The widest range, as a part of the metric.
+double ExpectBoundsHold(COrbImage const& reference, COrbImage const& source, std::vector<double> const& ratio) {
+  MatchingMetric metric(reference, source, ratio.data());
+  std::vector<Shift> const shifts = ShiftsAround(4);
+  std::vector<double> values(shifts.size());
+  std::vector<ValueRange> ranges(shifts.size());
+  metric.AtWholeShifts(shifts, values);
+  metric.BoundAtWholeShifts(shifts, ranges);
+  double widest = 0.0;
+  for (std::size_t i = 0; i < shifts.size(); ++i) {
+    bool const isOpen = ranges[i].lowest == -kInfinity && ranges[i].highest == kInfinity;
+    bool const isInside = ranges[i].lowest <= values[i] && values[i] <= ranges[i].highest;
+    EXPECT_TRUE(isOpen || isInside) << ranges[i].lowest << ' ' << values[i] << ' ' << ranges[i].highest;
+    widest = std::max(widest, (ranges[i].highest - ranges[i].lowest) / values[i]);
+  }
+  return widest;
+}
+
+COrbImage Scattered(Random& random, int width, int height, int planes, double middle, double spread) {
+  COrbImage image(-32, width, height, planes, 1.0, 0.0, 1, nullptr, nullptr);
+  FillRandom(image, random, middle - spread, middle + spread);
+  return image;
+}
+
+TEST(Matching, BoundsHoldTheMetric) {
+  Random random(71);
+  for (int const width : {1, 5, 40, 129, 400}) {
+    for (int const planes : {1, 3}) {
+      for (double const middle : {0.0, 1000.0, 1e6, -3e4, 1e17, 1e-21}) {
+        for (double const part : {1e-9, 1e-6, 1e-2, 3.0}) {
+          double const spread = middle == 0.0 ? part : std::abs(middle) * part;
+          COrbImage const reference = Scattered(random, width, 19, planes, middle, spread);
+          COrbImage const source = Scattered(random, width + 3, 17, planes, middle, spread);
+          ExpectBoundsHold(reference, source, {1.0, 1.0, 1.0});
+          ExpectBoundsHold(reference, source, {0.999, 1.7, -0.1});
+          ExpectBoundsHold(reference, reference, {1.0, 1.0, 1.0});
+        }
+      }
+    }
+  }
+}
+
+TEST(Matching, BoundsAreNarrowForOrdinaryFrames) {
+  Random random(72);
+  COrbImage const reference = Scattered(random, 400, 40, 1, 1000.0, 50.0);
+  COrbImage const source = Scattered(random, 400, 40, 1, 1100.0, 50.0);
+  EXPECT_LT(ExpectBoundsHold(reference, source, {0.91}), 4e-5);
+}
+
+TEST(Matching, BoundsAreOpenWhereFloatsFail) {
+  float const most = std::numeric_limits<float>::max();
+  for (double const ratio : {1.0, 0.0, 1e39, -kInfinity, kInfinity, kNan}) {
+    for (float const v : {most, -most, 1e30f, 1e20f, std::numeric_limits<float>::infinity(),
+                          std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::denorm_min(), 0.0f}) {
+      COrbImage reference = Constant(9, 9, 1, 1.0f);
+      COrbImage source = Constant(9, 9, 1, 1.0f);
+      source.SetPixelGrayRaw(4, 5, v, 0);
+      ExpectBoundsHold(reference, source, {ratio});
+      ExpectBoundsHold(source, reference, {ratio});
+    }
+  }
+}
+
+// Equal and nearly equal values: what is left out never hides the winner, nor the first of several.
+TEST(Matching, SearchFindsTheSameAsWithEveryMetricTaken) {
+  Random random(73);
+  for (int const period : {1, 2, 3, 4, 6, 8}) {
+    for (double const noise : {0.0, 1e-3, 1.0}) {
+      COrbImage reference = Constant(90, 70, 1, 1e6f);
+      COrbImage source = Constant(90, 70, 1, 1e6f);
+      std::uniform_real_distribution<double> any(-noise, noise);
+      for (int y = 0; y < 70; ++y) {
+        for (int x = 0; x < 90; ++x) {
+          double const pattern = (x % period) * 5.0 + (y % period) * 3.0;
+          reference.SetPixelGrayRaw(x, y, static_cast<float>(1e6 + pattern + any(random)), 0);
+          source.SetPixelGrayRaw(x, y, static_cast<float>(1e6 + pattern + any(random)), 0);
+        }
+      }
+      auto const matching = MatchingOf(reference);
+      for (int const range : {0, 1, 2, 12, 45, 80}) {
+        ExpectSearch(*matching, source, 1.0, -2.0, range, 0, OwnMetrics(*matching, source));
+      }
+      ExpectSearch(*matching, source, 0.0, 0.0, 6, 1, OwnMetrics(*matching, source));
+    }
+  }
 }
 
 // ---- The search

@@ -196,6 +196,47 @@ TEST(MedianComposite, EqualsThePlainMedian) {
   }
 }
 
+// A destination of one plane takes the first of a colour frame, not its brightness.
+TEST(MedianComposite, PlanesGoByTheirNumber) {
+  Random random(38);
+  COrbImage color = RandomImage(random, 30, 5, 3);
+  COrbImage mono = RandomImage(random, 30, 5, 1);
+  ExpectPlainMedian(Empty(30, 5, 1), {{&color, 0.25, 0.5, 0.0}, {&mono, 1.0, 0.0, 0.0}}, "mono of colour");
+  ExpectPlainMedian(Empty(30, 5, 3), {{&mono, 0.25, 0.5, 0.0}}, "colour of mono");
+  COrbImage destination = Empty(30, 5, 1);
+  Stack(destination, {{&color, 0.0, 0.0, 0.0}});
+  std::vector<float> first = SamplesOf(color);
+  first.resize(150);
+  // The last row and column are interpolated, to the same.
+  EXPECT_TRUE(SameBits(first, SamplesOf(destination)));
+}
+
+// Rows that are long, at one fraction from end to end, and that end anywhere.
+TEST(MedianComposite, LongRowsOfOneFraction) {
+  Random random(39);
+  for (int width = 250; width < 270; ++width) {
+    COrbImage a = RandomImage(random, width, 4, 1);
+    COrbImage b = RandomImage(random, width + 7, 5, 1);
+    ExpectPlainMedian(Empty(width, 4, 1), {{&a, 0.25, 0.5, 0.0}}, "one frame, width " + std::to_string(width));
+    ExpectPlainMedian(Empty(width, 4, 1), {{&a, -3.5, 0.0, 0.0}, {&b, 2.75, -0.125, 0.0}, {&b, 0.0, 0.5, 0.0}},
+                      "width " + std::to_string(width));
+  }
+}
+
+// A line is taken when it is stored, so that a destination may be stacked with others onto itself.
+TEST(MedianComposite, TheDestinationMayBeAFrame) {
+  Random random(40);
+  COrbImage found = RandomImage(random, 40, 12, 1);
+  COrbImage other = RandomImage(random, 40, 12, 1);
+  COrbImage expected(found);
+  Stack(found, {{&found, 0.5, 1.25, 0.0}, {&other, 0.0, 0.0, 0.0}, {&found, -1.0, 2.0, 0.0}});
+  for (int y = 0; y < 12; ++y) {
+    reference::MedianLine(expected, {{&expected, 0.5, 1.25, 0.0}, {&other, 0.0, 0.0, 0.0}, {&expected, -1.0, 2.0, 0.0}},
+                          y);
+  }
+  EXPECT_TRUE(SameBits(expected, found));
+}
+
 TEST(MedianComposite, HostileShiftsAndAngles) {
   Random random(33);
   COrbImage image = RandomImage(random, 9, 5, 1);

@@ -6,7 +6,7 @@
 #include <orbimg/orbimg.h>
 #include <tests/reference/composite_reference.h>
 #include <tests/support/canonical_nans.h>
-#include <tests/support/hostile_store.h>
+#include <tests/support/composite_calls.h>
 #include <tests/support/orb_test_access.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/special_samples.h>
@@ -16,12 +16,6 @@ namespace orb::test {
 namespace {
 
 using reference::CompositeArguments;
-
-void Apply(CImgComposit& dst, COrbImage& first, COrbImage& second, CompositeArguments const& c, CRect* rect = nullptr,
-           int progress = 0) {
-  dst.Do(&first, &second, c.dx, c.dy, c.angle, c.mode, c.ratio, c.to256, c.clamp, c.threshold, c.radius, rect, progress,
-         -1);
-}
 
 CompositeArguments Reject(int radius, double ratio = 1.0, int to256 = 0) {
   CompositeArguments c;
@@ -401,13 +395,7 @@ TEST(RejectionComposite, InPlaceEqualsCopyWithoutAWindow) {
   for (int const to256 : {0, 1}) {
     CompositeArguments c = Reject(0, 0.9, to256);
     c.dx = 0.5;
-    CImgComposit copy;
-    copy.CopyImage(first, nullptr, nullptr);
-    Apply(copy, first, second, c);
-    CImgComposit inPlace;
-    inPlace.CopyImage(first, nullptr, nullptr);
-    Apply(inPlace, inPlace, second, c);
-    EXPECT_TRUE(SameBits(copy, inPlace));
+    EXPECT_TRUE(InPlaceEqualsCopy(first, second, c)) << to256;
   }
 }
 
@@ -423,19 +411,7 @@ TEST(RejectionComposite, WorksOnAHostileStore) {
       CompositeArguments c = Reject(radius, 1.0, 1);
       c.dx = 0.5;
       c.angle = angle;
-      CImgComposit expected = Joined(first, second, c);
-      CImgComposit dst;
-      dst.Create(first, nullptr, nullptr);
-      COrbImage hostileFirst(first);
-      COrbImage hostileSecond(second);
-      MakeHostile(dst);
-      MakeHostile(hostileFirst);
-      MakeHostile(hostileSecond);
-      Apply(dst, hostileFirst, hostileSecond, c);
-      EXPECT_TRUE(SameBits(expected, dst));
-      EXPECT_EQ(0, LocksLeft(dst));
-      EXPECT_EQ(0, LocksLeft(hostileFirst));
-      EXPECT_EQ(0, LocksLeft(hostileSecond));
+      EXPECT_TRUE(WorksOnHostileStores(first, second, c)) << angle;
     }
   }
 }

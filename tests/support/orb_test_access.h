@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 #include <orbcim/sample_block_internal.h>
 #include <orbimg/orbimg.h>
@@ -33,6 +34,10 @@ struct OrbTestAccess {
   static void SetFilterAdr(CImgFilter& filter, int x, int y, int plane, int radius, float** rows, unsigned flags) {
     filter.SetFilterAdr(x, y, plane, radius, rows, flags);
   }
+
+  static int StrideOf(CMemoryDIB const& dib) { return dib.stride; }
+  static int ColorUseOf(CMemoryDIB const& dib) { return dib.colorUse; }
+  static std::vector<RGBQUAD> ColoursOf(CMemoryDIB const& dib) { return dib.colours; }
 
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {
