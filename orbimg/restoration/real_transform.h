@@ -24,7 +24,7 @@
 ORBIMG_API int IntPow2(int e);
 
 // The state of one run of transforms: the tables of the line length in use and the line buffers. Objects are
-// independent of one another. Scratch memory: two blocks of 16 lines of the longer axis.
+// independent of one another. Scratch memory: two blocks of 32 lines of the longer axis.
 class ORBIMG_API RealFft {
  public:
   RealFft() = default;
