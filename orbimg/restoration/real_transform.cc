@@ -124,7 +124,7 @@ void RealFft::TransformColumns(float const* from, float* to, int log2y, std::ptr
   }
   SetLine(log2y, orb::kTransformLanes);
   for (std::ptrdiff_t x = 0; x < columns; x += orb::kTransformLanes) {
-    orb::GatherColumns(from + x, columns, lineLength, lineNorm, source);
+    orb::GatherColumns(from + x, columns, lineLength, lineNorm, source, to + x);
     Transform(direction, orb::kTransformLanes);
     orb::ScatterColumns(resultBuffer, lineLength, to + x, columns);
   }

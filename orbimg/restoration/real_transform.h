@@ -11,8 +11,8 @@
 //
 // The algorithm is the self-sorting one of radix 2, two of its passes taken at once. Arithmetic is in floats: each sum
 // and product is rounded, whatever the number of lines that run side by side, so that a line alone, a line among others
-// and every machine give the same bits. A result lies within 2^-22 times the number of passes, 6 x 10^-7 times the
-// logarithm of the size at most for an image, of the root mean square of the exact one's samples.
+// and every machine give the same bits. No sample of a result is further from the exact one than 6 x 10^-7 times the
+// logarithm (to the base 2) of the number of points, in units of the root mean square of the exact samples.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,7 @@
 ORBIMG_API int IntPow2(int e);
 
 // The state of one run of transforms: the tables of the line length in use and the line buffers. Objects are
-// independent of one another. Scratch memory: two blocks of 16 lines of the longer axis.
+// independent of one another. Scratch memory: two blocks of 32 lines of the longer axis.
 class ORBIMG_API RealFft {
  public:
   RealFft() = default;

@@ -231,10 +231,13 @@ void SeparateRows(float const* lines, std::ptrdiff_t length, float* rows, std::p
 }
 
 ORB_ROW_KERNEL void GatherColumns(float const* image, std::ptrdiff_t stride, std::ptrdiff_t length, double factor,
-                                  float* lines) {
+                                  float* lines, float const* soon) {
   for (std::ptrdiff_t t = 0; t < length; ++t) {
     float const* __restrict const row = image + t * stride;
     float* __restrict const line = lines + t * kTransformLanes;
+    for (int lane = 0; lane < kTransformLanes; lane += kColumnsPerCacheLine) {
+      __builtin_prefetch(soon + t * stride + lane, 1);
+    }
     for (int lane = 0; lane < kTransformLanes; ++lane) line[lane] = static_cast<float>(row[lane] * factor);
   }
 }

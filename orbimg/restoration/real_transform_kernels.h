@@ -9,7 +9,8 @@
 
 namespace orb {
 
-inline constexpr int kTransformLanes = 16;
+// Two cache lines of columns at a time: fewer, and the time goes into finding the pages of far rows.
+inline constexpr int kTransformLanes = 32;
 
 // One pass: from `from` to `to`, which do not overlap. `half` is half the line length; `span` is, in the forward
 // direction, the number of subsequences after the pass, in the inverse direction before it.
@@ -34,8 +35,10 @@ void InverseQuadPass(TransformPass const& pass);
 void InterleaveRows(float const* rows, std::ptrdiff_t stride, std::ptrdiff_t length, double factor, float* lines);
 void SeparateRows(float const* lines, std::ptrdiff_t length, float* rows, std::ptrdiff_t stride);
 
-// kTransformLanes columns, of rows that lie `stride` apart.
-void GatherColumns(float const* image, std::ptrdiff_t stride, std::ptrdiff_t length, double factor, float* lines);
+// kTransformLanes columns, of rows that lie `stride` apart. Gathering asks for the memory at `soon`, of the same shape,
+// where they will be scattered to.
+void GatherColumns(float const* image, std::ptrdiff_t stride, std::ptrdiff_t length, double factor, float* lines,
+                   float const* soon);
 void ScatterColumns(float const* lines, std::ptrdiff_t length, float* image, std::ptrdiff_t stride);
 
 }  // namespace orb
