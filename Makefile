@@ -1,7 +1,7 @@
 # The commands of everyday work. `make demo` and `make test` are all that a newcomer needs.
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo test check bench install clean format headers sanitize strict clang installed fuzz
+.PHONY: all deps build demo test check bench install clean format headers sanitize threads strict clang installed fuzz
 
 all: build
 
@@ -27,7 +27,7 @@ bench:
 	@build-bench/bench/side_by_side
 
 # Everything that must hold before a change goes in.
-check: format strict clang headers test sanitize installed
+check: format strict clang headers test sanitize threads installed
 	@echo "check: all is well"
 
 format:
@@ -47,11 +47,14 @@ clang:
 headers: build
 	@cmake --build build --target headers_alone -j $(JOBS)
 
-# Tests under AddressSanitizer and UndefinedBehaviorSanitizer, and what uses threads under ThreadSanitizer.
+# Tests under AddressSanitizer and UndefinedBehaviorSanitizer.
 sanitize: deps
 	@cmake --preset asan >/dev/null
 	@cmake --build build-asan -j $(JOBS)
 	@ctest --test-dir build-asan --output-on-failure -j $(JOBS)
+
+# What uses threads, under ThreadSanitizer.
+threads: deps
 	@cmake --preset tsan >/dev/null
 	@cmake --build build-tsan -j $(JOBS) --target orb_catalogue_tests
 	@ctest --test-dir build-tsan --output-on-failure -R catalogue

@@ -19,9 +19,10 @@ struct Parameter {
   double byDefault;
   std::string help;
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
-  // A level of the source's first plane that a host takes in place of the default, where it knows the source.
-  enum class Level { kNone, kBlack, kWhite };
-  Level follows = Level::kNone;
+  // What a host takes in place of the default, where it knows the source: a level of its first plane, what lies halfway
+  // between the two, or the column or row of its middle.
+  enum class Follows { kNothing, kBlack, kWhite, kMiddleLevel, kMiddleColumn, kMiddleRow };
+  Follows follows = Follows::kNothing;
 };
 
 // A table of numbers that an operator reads. All tables of a call have as many entries.
@@ -132,6 +133,9 @@ struct OperatorEntry {
   bool takesRectangle = true;
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
+  // ESC stops it: the call then gives 0 and leaves the image as it was. Such an operator reports in stages of its own,
+  // in percent, and counts no units; `message` is what the text of its first stage begins with.
+  bool mayStop = false;
   Changes changes;
   // Whether a call writes a plane of the image; null: it writes all.
   bool (*writesPlane)(Invocation const&, int plane) = nullptr;

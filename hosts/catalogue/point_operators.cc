@@ -154,8 +154,8 @@ OperatorEntry FalseColour() {
       Choice("palette", {"spectrum", "full-spectrum", "blue", "cold", "warm", "fire", "gray"}, "the colours"),
       Integer("repeat", "", 0, 255, 0, "how many times the palette runs through; 0: once"),
   };
-  entry.parameters[kLow].follows = Parameter::Level::kBlack;
-  entry.parameters[kHigh].follows = Parameter::Level::kWhite;
+  entry.parameters[kLow].follows = Parameter::Follows::kBlack;
+  entry.parameters[kHigh].follows = Parameter::Follows::kWhite;
   entry.message = 6117;
   entry.units = entry.ticks = Units::kRows;
   entry.check = CheckLimits;

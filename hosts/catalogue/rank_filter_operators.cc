@@ -25,11 +25,12 @@ OperatorEntry NoiseCut() {
   OperatorEntry entry = Filter();
   entry.name = "noise-cut";
   entry.title = "replaces hot and cool pixels by the median around them";
-  entry.parameters = {
-      DiskRadius("radius of the disk whose median is taken"),
-      Real("cool-threshold", "", 0.0, 1e6, 0.5, "how far the median must lie above a cool sample, in samples' own"),
-      Real("hot-threshold", "", 0.0, 1e6, 0.5, "how far the median must lie below a hot sample, in samples' own"),
-      Choice("cut", {"both", "cool", "hot"}, "what is replaced")};
+  entry.parameters = {Real("radius", "pixels", 0.0, kMostRadius, 1.0, "radius of the disk whose median is taken"),
+                      Real("cool-threshold", "", 0.0, 1e6, 0.5,
+                           "how far above a cool sample the median must lie, as a share of the sample"),
+                      Real("hot-threshold", "", 0.0, 1e6, 0.5,
+                           "how far below a hot sample the median must lie, as a share of the sample"),
+                      Choice("cut", {"both", "cool", "hot"}, "what is replaced")};
   entry.message = 6164;
   entry.marginRows = static_cast<int>(kMostRadius);
   entry.run = [](Invocation const& call) {
@@ -72,6 +73,7 @@ OperatorEntry BackgroundSmooth() {
       Real("level", "raw units", -1e30, 1e30, 1000.0, "samples (of a colour image: brightness) above stay as they are"),
       Real("strength", "", 0.0, 1000.0, 1.0, "weight of the mean well below the level; above 1 the fade gets steeper"),
       Integer("radius", "", 1, kMostBlurRadius, 4, "the mean takes samples whose squared distance is up to this")};
+  entry.parameters[kLevel].follows = Parameter::Follows::kMiddleLevel;
   entry.message = 6123;
   entry.units = entry.ticks = Units::kRows;
   entry.levelUse = LevelUse::kAlways;

@@ -96,6 +96,7 @@ OperatorEntry DigitalDevelopment() {
       Real("pivot", "raw units", -1e30, 1e30, 1000.0, "knee of the curve: the nearer to the black level, the stronger"),
       Real("weight", "", 0.0, 1e6, 1.0, "weight of the four neighbours in the blur; 0: a curve of the sample alone"),
       Choice("divisor", {"own", "first", "mean"}, "the plane whose blur divides; the first for all keeps the colours")};
+  entry.parameters[kPivot].follows = Parameter::Follows::kWhite;
   entry.message = 6116;
   entry.levelUse = LevelUse::kAlways;
   entry.marginRows = kEveryRow;  // the curve ends at the mean of the source
@@ -122,6 +123,8 @@ OperatorEntry RotationalGradient() {
       Real("gain", "", 0.0, kMostGain, 0.0, "the image comes back with the differences divided by this; 0: they alone"),
       Real("x", "pixels", -kFarthest, kFarthest, 0.0, "column of the centre"),
       Real("y", "pixels", -kFarthest, kFarthest, 0.0, "row of the centre")};
+  entry.parameters[kX].follows = Parameter::Follows::kMiddleColumn;
+  entry.parameters[kY].follows = Parameter::Follows::kMiddleRow;
   entry.message = 6176;
   entry.marginRows = kEveryRow;
   entry.run = [](Invocation const& call) {

@@ -28,12 +28,28 @@ COrbImage MakeColour(COrbImage const& image) {
   return colour;
 }
 
-std::vector<double> FollowLevels(OperatorJob const& job, COrbImage const& image) {
+double ValueOf(Parameter::Follows what, COrbImage const& image) {
+  switch (what) {
+    case Parameter::Follows::kBlack:
+      return image.GetLevelMin(0);
+    case Parameter::Follows::kWhite:
+      return image.GetLevelMax(0);
+    case Parameter::Follows::kMiddleLevel:
+      return 0.5 * image.GetLevelMin(0) + 0.5 * image.GetLevelMax(0);
+    case Parameter::Follows::kMiddleColumn:
+      return 0.5 * (image.GetWidth() - 1);
+    case Parameter::Follows::kMiddleRow:
+      return 0.5 * (image.GetHeight() - 1);
+    case Parameter::Follows::kNothing:
+      break;
+  }
+  return std::nan("");
+}
+
+std::vector<double> FollowImage(OperatorJob const& job, COrbImage const& image) {
   std::vector<double> values = job.values;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (!std::isnan(values[i])) continue;
-    bool const isBlack = job.entry->parameters[i].follows == Parameter::Level::kBlack;
-    values[i] = isBlack ? image.GetLevelMin(0) : image.GetLevelMax(0);
+    if (std::isnan(values[i])) values[i] = ValueOf(job.entry->parameters[i].follows, image);
   }
   return values;
 }
@@ -44,7 +60,7 @@ class CallImages {
   CallImages(OperatorJob const& job, OperatorOutcome& outcome, Environment& environment) {
     Frame& frame = outcome.frame;
     ReadForWork(job.input, frame, environment);
-    outcome.values = FollowLevels(job, frame.image);
+    outcome.values = FollowImage(job, frame.image);
     call.image = &frame.image;
     call.progress = 1;
     call.values = outcome.values;
@@ -109,7 +125,7 @@ void SetTables(CurveSet const& curves, std::string const& file, Invocation& call
 std::vector<double> StartingValues(OperatorEntry const& entry) {
   std::vector<double> values = entry.Defaults();
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (entry.parameters[i].follows != Parameter::Level::kNone) values[i] = std::nan("");
+    if (entry.parameters[i].follows != Parameter::Follows::kNothing) values[i] = std::nan("");
   }
   return values;
 }

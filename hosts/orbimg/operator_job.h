@@ -16,12 +16,12 @@ struct OperatorJob {
   std::string input;
   std::string source;  // a calibration frame or another image, where the operator works with one
   std::string second;
-  std::vector<double> values;  // one a parameter; not a number stands for a level of the image, where it follows one
+  std::vector<double> values;  // one a parameter; not a number stands for what it follows in the image
   CurveOptions curves;         // of operators with tables
   std::vector<int> rect;       // empty, or left top right bottom
 };
 
-// The values that a job begins with: the defaults, but not a number where a parameter follows a level of the image.
+// The values that a job begins with: the defaults, but not a number where a parameter follows the image.
 std::vector<double> StartingValues(OperatorEntry const& entry);
 
 // What an operator leaves behind.

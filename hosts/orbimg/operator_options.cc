@@ -10,8 +10,20 @@ namespace orb::host {
 namespace {
 
 std::string DefaultText(Parameter const& parameter) {
-  if (parameter.follows == Parameter::Level::kBlack) return "the black level";
-  if (parameter.follows == Parameter::Level::kWhite) return "the white level";
+  switch (parameter.follows) {
+    case Parameter::Follows::kBlack:
+      return "the black level";
+    case Parameter::Follows::kWhite:
+      return "the white level";
+    case Parameter::Follows::kMiddleLevel:
+      return "halfway between the levels";
+    case Parameter::Follows::kMiddleColumn:
+      return "the middle column";
+    case Parameter::Follows::kMiddleRow:
+      return "the middle row";
+    case Parameter::Follows::kNothing:
+      break;
+  }
   return fmt::format("{:g}", parameter.byDefault);
 }
 

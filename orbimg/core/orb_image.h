@@ -230,6 +230,11 @@ class ORBIMG_API COrbImage : public CImage {
   // reported.
   HDIB GetDib(int bitCount) const;
 
+ protected:
+  // Shows a text of the table in a box of the progress window, or of the thread's main window if that is null; nothing
+  // where there is neither. Style 0: a plain box with OK; 64: with the information icon.
+  void ShowMessageBox(int id, unsigned style);
+
  private:
   friend struct OrbTestAccess;
 

@@ -72,3 +72,8 @@ void COrbImage::ShowProgressEnd(char const* text) {
 }
 
 void COrbImage::ShowProgressEnd(int id) { ShowProgressEnd(LoadString(id)); }
+
+void COrbImage::ShowMessageBox(int id, unsigned style) {
+  HWND const window = progressWnd != nullptr ? progressWnd : orb::MainWindow();
+  if (window != nullptr) window->OnMessageBox(LoadString(id), style);
+}

@@ -84,9 +84,12 @@ template <typename Divisor>
     double const developed = above + curve.to.min;
     double const error = std::fabs(above) * kCurveError + std::fabs(developed) * kSumError;
     bool const isSampleSure = RoundsAlike(on256 * (1.0 - kSampleError), on256 * (1.0 + kSampleError));
-    bool const isCurveSure = RoundsAlike(developed - error, developed + error) & Divisor::IsSure(v, sum);
+    bool const isResultSure = RoundsAlike(developed - error, developed + error);
+    bool const isDivisorSure = Divisor::IsSure(v, sum);
+    bool const isCurveSure = isResultSure & isDivisorSure;
     bool const isLinear = s <= 0.0;
-    doubts |= isSampleSure & (isLinear | isCurveSure) ? 0 : 1;
+    bool const isSure = isSampleSure & (isLinear | isCurveSure);
+    doubts |= isSure ? 0 : 1;
     dst[x] = static_cast<float>(isLinear ? curve.to.ToRaw(s) : developed);
   }
   return doubts == 0;

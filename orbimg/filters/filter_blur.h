@@ -17,9 +17,9 @@
 // a exceed 1.
 //
 // The Gaussian of radius 3 and more sums columns first, then rows. Its weights are floats and no exact products: before
-// the result is rounded to float, it differs from the plain sum by at most 1.75 / 2^24 of the sum of weights times
-// |samples|, which for samples of one sign is about one unit in the last place of a float. Its outermost `radius`
-// columns are plain sums.
+// the result is rounded to float, it differs from the plain sum by less than 1.8 / 2^24 of the sum of weights times
+// |samples|. For samples of one sign that is one unit in the last place of a float, or two where nearly all of the sum
+// comes from a few samples. Its outermost `radius` columns are plain sums.
 #pragma once
 
 #include <orbimg/core/orb_image.h>

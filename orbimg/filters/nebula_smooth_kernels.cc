@@ -60,7 +60,8 @@ ORB_ROW_KERNEL void StoreMeansRow(float const* sums, float const* weights, std::
   ORB_COLUMNS_INDEPENDENT
   for (std::ptrdiff_t x = 0; x < count; ++x) {
     float const mean = sums[x] / weights[x];
-    dst[x] = (nearest[x] <= 0) | (weights[x] == 0.0f) ? src[x] : mean;
+    bool const isKept = (nearest[x] <= 0) | (weights[x] == 0.0f);
+    dst[x] = isKept ? src[x] : mean;
   }
 }
 

@@ -22,7 +22,7 @@ ORB_ROW_KERNEL void SharpenStarsRow(float const* src, float const* low, float co
     double const v = r.isLast ? s : between;
     bool const isPeak = r.doesKeepPeaks & (top[x] == c);
     bool const isNear = doTest & !(std::fabs(v / static_cast<double>(top[x]) - 1.0) >= r.threshold);
-    dst[x] = isPeak | isNear ? c : static_cast<float>(v);
+    dst[x] = (isPeak | isNear) ? c : static_cast<float>(v);
   }
 }
 

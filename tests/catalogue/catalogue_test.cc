@@ -51,6 +51,7 @@ TEST(Catalogue, HasEveryOperator) {
                                    "mean",
                                    "mean-off-edges",
                                    "median",
+                                   "mem",
                                    "minmax",
                                    "mosaic",
                                    "nebula-smooth",
@@ -116,7 +117,7 @@ TEST(Catalogue, EntriesArePresentable) {
     if (entry.message != 0) {
       EXPECT_STRNE("", LoadString(entry.message));
     }
-    EXPECT_EQ(entry.reports == host::Reports::kNever, entry.units == host::Units::kNone);
+    EXPECT_EQ(entry.reports == host::Reports::kNever || entry.mayStop, entry.units == host::Units::kNone);
     ExpectPresentable(entry.parameters);
     ExpectPresentable(entry.frameParameters);
     for (host::Table const& table : entry.tables) {

@@ -110,6 +110,25 @@ TEST_F(OperatorTest, PointOperatorsTakeTheirParameters) {
   EXPECT_TRUE(SameBits(subtract, ReadFrame(folder / "out.fits").image));
 }
 
+// What suits every image has its default in the image: 37 x 29 samples with levels from -20 to 310.
+TEST_F(OperatorTest, DefaultsFollowTheImage) {
+  struct Case {
+    char const* name;
+    std::vector<std::string> same;
+  };
+  for (Case const& c :
+       {Case{"rotational-gradient", {"--x", "18", "--y", "14"}}, Case{"digital-development", {"--pivot", "310"}},
+        Case{"background-smooth", {"--level", "145"}}}) {
+    std::vector<std::string> arguments{"filter", c.name, Name(1), "-f", "-o", folder / "out.fits"};
+    ASSERT_TRUE(Succeeds(RunQuietly(arguments)));
+    host::Frame const byDefault = ReadFrame(folder / "out.fits");
+    arguments.insert(arguments.end(), c.same.begin(), c.same.end());
+    ASSERT_TRUE(Succeeds(RunQuietly(arguments)));
+    EXPECT_TRUE(SameBits(ReadFrame(folder / "out.fits").image, byDefault.image)) << c.name;
+    EXPECT_FALSE(SameBits(ReadFrame(Name(1)).image, byDefault.image)) << c.name;
+  }
+}
+
 TEST_F(OperatorTest, CurvesOfPointsAndPresetsBecomeTables) {
   host::Frame frame = ReadFrame(Name(3));
   std::vector<float> master;
@@ -280,7 +299,7 @@ TEST(OperatorGroups, AllOperatorsOfAGroupHaveTheirSubcommand) {
 
 // What an entry of these groups may ask for is what a command line of one image can give.
 TEST(OperatorGroups, HoldNothingThatNeedsAStack) {
-  for (char const* group : {"apply", "filter", "transform", "sky"}) {
+  for (char const* group : {"apply", "filter", "restore", "transform", "sky"}) {
     for (OperatorEntry const* entry : host::OperatorsOf(group)) EXPECT_FALSE(entry->TakesFrames()) << entry->name;
   }
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <gtest/gtest.h>
+#include <orbimg/core/truncate.h>
 #include <orbimg/filters/disk_rank_internal.h>
 #include <orbimg/orbimg.h>
 #include <tests/reference/disk_rank_reference.h>
@@ -21,7 +22,7 @@ SourceRow MirroredRows(COrbImage const& image) {
   };
 }
 
-int RadiusOf(double range) { return std::max(1, static_cast<int>(std::ceil(range))); }
+int RadiusOf(double range) { return std::max(1, TruncateToInt(std::ceil(range))); }
 
 // A field that a kind of sky may have: noise, whole numbers, a slope, one value, around zero, with every special one.
 COrbImage Field(Random& random, int kind, int width, int height) {
@@ -133,7 +134,7 @@ TEST(DiskRank, DisksWiderThanTheImage) {
 }
 
 void ExpectHalfDiskMedians(COrbImage& image, double range, Bounds const& area) {
-  int const radius = std::max(1, static_cast<int>(range));
+  int const radius = std::max(1, TruncateToInt(range));
   auto const rows =
       MedianUnderUpperHalf(Disk(radius, range), MirroredRows(image), image.GetWidth(), image.GetHeight(), area);
   std::vector<float> expected;

@@ -39,6 +39,10 @@ struct OrbTestAccess {
   static int ColorUseOf(CMemoryDIB const& dib) { return dib.colorUse; }
   static std::vector<RGBQUAD> ColoursOf(CMemoryDIB const& dib) { return dib.colours; }
 
+  static float* MakeGauss(CImgMem& mem, double sigma, int width, int height) {
+    return mem.MakeGauss(sigma, width, height);
+  }
+
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {
     CVmImage& store = *image.vmImage;
