@@ -5,7 +5,7 @@ namespace orb::host {
 
 namespace {
 
-constexpr char k256Scale[] = "256ths of the levels' range";
+constexpr char k256Scale[] = "255ths of the levels' range";
 constexpr double kMost = 1e6;
 constexpr int kMostEntries = 1 << 20;
 

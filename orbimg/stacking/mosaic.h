@@ -13,9 +13,8 @@
 // all three planes come from the same source:
 //
 //   0 overwrite   b
-//   1 key         a where b is close to `key`, otherwise b. Close: |key - b| (in colour summed over the planes) is
-//   below
-//                 the tolerance. So the blank background of `second` lets `first` shine through.
+//   1 key         a where b is close to `key`, otherwise b. Close: |key - b|, in colour summed over the planes, is
+//                 below the tolerance. So the blank background of `second` lets `first` shine through.
 //   2 lighter     the lighter of the two, a in a tie; in colour the one of greater 0.299 R + 0.587 G + 0.114 B
 //   3 darker      the darker of the two, a in a tie
 //   any other     a

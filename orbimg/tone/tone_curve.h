@@ -4,10 +4,10 @@
 // to 255. Within that range a value takes 255 times the entry at or below it: a curve of `count` entries is a staircase
 // of `count` steps, not a polygon. Outside,
 //
-//   below 0    0, but s * value where the curve falls at its start, and the first entry where it is flat there
-//   above 255  s * (value - B) + B, with B the last entry times 255 and s 0 where the curve falls at its end; B where
-//   it
-//              is flat there
+//   below 0    0, but s * value where the curve falls at its start, and the first entry times 255 where it is flat
+//              there
+//   above 255  s * (value - B) + B, with B the last entry times 255, and s = 0 where the curve falls at its end; B
+//              where it is flat there
 //
 // s is the slope between the two entries at that end, of 1 where the curve is the identity. A value that is not a
 // number stays one. Two entries are the least that make sense: one is a constant, none leaves values as they are.

@@ -11,6 +11,7 @@
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
 #include <tests/support/recording_window.h>
+#include <tests/support/scratch_settings.h>
 #include <tests/support/special_samples.h>
 
 namespace orb::test {
@@ -204,6 +205,17 @@ TEST(LabPlanes, AreNullForTwoPlanes) {
   RecordingWindow window;
   COrbImage image = FlatImage(3, 3, 2);
   image.SetProgressHandle(&window);
+  EXPECT_EQ(nullptr, image.MakeLPlane());
+  EXPECT_EQ(nullptr, image.MakeAbPlane(0));
+  EXPECT_EQ(nullptr, image.MakeLabPlane());
+  EXPECT_TRUE(window.IsSilent());
+}
+
+TEST(LabPlanes, AreNullForLackOfMemory) {
+  RecordingWindow window;
+  COrbImage image = FlatImage(3, 3, 3);
+  image.SetProgressHandle(&window);
+  ScratchSettings const settings(1, "/no/such/folder");
   EXPECT_EQ(nullptr, image.MakeLPlane());
   EXPECT_EQ(nullptr, image.MakeAbPlane(0));
   EXPECT_EQ(nullptr, image.MakeLabPlane());

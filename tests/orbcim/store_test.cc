@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <orbimg/orbimg.h>
 #include <platform/assert.h>
+#include <tests/support/scratch_settings.h>
 #include <tests/support/test_images.h>
 
 namespace orb::test {
@@ -200,24 +201,6 @@ TEST(WrappedSamples, CopiesOwnTheirMemory) {
   copy.SetPixelGrayRaw(0, 0, 9.0f, 0);
   EXPECT_EQ(1.0f, samples[0]);
 }
-
-// Sets what new stores of this thread do, and puts it back.
-class ScratchSettings {
- public:
-  ScratchSettings(std::int64_t size, char const* folder)
-      : oldSize(CVmManager::OfThread().GetBlockSize()), oldFolder(CVmManager::OfThread().GetScratchFolder()) {
-    CVmManager::OfThread().SetBlockSize(size);
-    CVmManager::OfThread().SetScratchFolder(folder);
-  }
-  ~ScratchSettings() {
-    CVmManager::OfThread().SetBlockSize(oldSize);
-    CVmManager::OfThread().SetScratchFolder(oldFolder);
-  }
-
- private:
-  std::int64_t oldSize;
-  char const* oldFolder;
-};
 
 // Whether an address lies in a mapped file that is deleted already.
 bool IsUnlinkedFile(void const* address) {

@@ -76,8 +76,21 @@ void ExpectTheReference(Random& random, Run run, Expect expect) {
   }
 }
 
+// The run of an operator without planes, by run(destination, source, rectangle, progress), starts and ends.
+template <typename Operator, typename Run>
+void ExpectNothingButStartAndEnd(std::string const& text, Run run) {
+  Operator dst;
+  RecordingWindow window;
+  dst.SetProgressHandle(&window);
+  run(dst, &dst, nullptr, 1);
+  EXPECT_EQ(std::vector<std::string>{text}, window.starts);
+  EXPECT_EQ(std::vector<std::string>{"(null)"}, window.ends);
+  EXPECT_EQ(0, OrbTestAccess::ProgressOf(dst).total);
+  EXPECT_EQ(0, window.polls);
+}
+
 // The messages of run(destination, source, rectangle, progress), one unit for each row of each plane: one start, a tick
-// a row, one end; none without progress.
+// a row, one end, whatever the ESC key says; none without progress.
 template <typename Operator, typename Run>
 void ExpectRowsOfEveryPlane(std::string const& text, Run run) {
   for (int planes : {1, 3}) {
@@ -85,6 +98,7 @@ void ExpectRowsOfEveryPlane(std::string const& text, Run run) {
     Operator dst;
     dst.CopyImage(src, nullptr, nullptr);
     RecordingWindow window;
+    window.escapeAtPoll = 2;
     dst.SetProgressHandle(&window);
     CRect rect(0, 1, 4, 5);
     run(dst, &src, &rect, 0);
@@ -96,6 +110,7 @@ void ExpectRowsOfEveryPlane(std::string const& text, Run run) {
     EXPECT_EQ(4 * planes, window.polls);
     EXPECT_EQ(static_cast<std::size_t>(4 * planes), window.positions.size());
   }
+  ExpectNothingButStartAndEnd<Operator>(text, run);
 }
 
 }  // namespace orb::test

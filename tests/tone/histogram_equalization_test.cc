@@ -155,6 +155,20 @@ TEST(HistogramEqualization, AClassWithoutACountIsSkipped) {
   EXPECT_EQ(static_cast<float>(256.0 / 1200), after[1199]);
 }
 
+// s - min of 1.0 is below 1 and counts it in class 15, whose upper edge is 1 exactly: nothing is in it.
+TEST(HistogramEqualization, AnEmptyClassWithACountTicks) {
+  float const least = 0.75f * std::ldexp(1.0f, -53);
+  COrbImage src = MonoRow({least, 1.0f, 16.0f});
+  ExpectTheReferenceOf(src, 1);
+  CImgHstEql dst;
+  dst.CopyImage(MonoRow({7.0f, 7.0f, 7.0f}), nullptr, nullptr);
+  RecordingWindow window;
+  dst.SetProgressHandle(&window);
+  dst.Do(&src);
+  EXPECT_EQ((std::vector<float>{least, 7.0f, static_cast<float>(16.0 / 3)}), SamplesOf(dst));
+  EXPECT_EQ(3, window.polls);
+}
+
 TEST(HistogramEqualization, AClassTakesAHundredMoreThanItsCount) {
   COrbImage src = BetweenFormulaAndEdges();
   src.SetPixelGrayRaw(20, 20, 1.5f, 0);

@@ -139,6 +139,9 @@ TEST(ToneCurve, AnnouncesTheRowsOfTheImageWhateverTheRectangle) {
     EXPECT_EQ(3 * planes, window.polls);
     EXPECT_EQ(30, window.positions.back());
   }
+  ExpectNothingButStartAndEnd<CImgToneCurve>(
+      "トーンカーブ調整処理中...",
+      [&](CImgToneCurve& dst, COrbImage* src, CRect* rect, int on) { dst.Do(curves, 9, src, rect, on); });
 }
 
 }  // namespace
