@@ -8,6 +8,9 @@
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/orb_image.h>
 #include <orbimg/core/truncate.h>
+#include <orbimg/display/draw_line.h>
+#include <orbimg/display/draw_text.h>
+#include <orbimg/display/memory_dib.h>
 #include <orbimg/filters/filter.h>
 #include <orbimg/filters/filter_blur.h>
 #include <orbimg/filters/filter_kernel.h>

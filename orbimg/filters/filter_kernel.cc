@@ -55,7 +55,7 @@ int CFilterKernel::Create(int newRadius, int listed, int /*clear*/) {
   radius = newRadius;
   size = newSize;
   count = newSize * newSize;
-  return listed < 0 || listed > count ? 0 : 1;
+  return listed > count ? 0 : 1;
 }
 
 int CFilterKernel::SetValues(int newRadius, float const* list, int listed) {

@@ -25,7 +25,8 @@ class ORBIMG_API CFilterKernel {
   // A table of this radius, of zeros; what was there is gone. 0 where `count` is more than the table holds. `clear`
   // tells that the caller counts on the zeros.
   int Create(int radius, int count, int clear);
-  // Create, then the first `count` weights in table order, 0 standing for all. 0, and no weight, where Create gives 0.
+  // Create, then the first `count` weights in table order, 0 standing for all and less for none. 0, and no weight,
+  // where Create gives 0.
   int SetValues(int radius, float const* list, int count);
   int SetValues(int radius, double const* list, int count);
 

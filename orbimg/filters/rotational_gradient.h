@@ -18,9 +18,8 @@ class ORBIMG_API CImgRttnGrdtn : public COrbImage {
   }
 
   // With c the source's sample, s1 and s2 the samples at its position turned about (cx, cy) (pixels) by plus and minus
-  // `angle` (degrees): v = (gain + 2) * c - s1 - s2, divided by `gain` unless that is 0.0. So a gain of 0 gives 2 c -
-  // s1
-  // - s2, and a gain g gives c + (2 c - s1 - s2) / g. With dx = x - cx and dy = y - cy the positions are
+  // `angle` (degrees): v = (gain + 2) * c - s1 - s2, divided by `gain` unless that is 0.0. A gain of 0 gives just
+  // 2 c - s1 - s2, and a gain g gives c + (2 c - s1 - s2) / g. With dx = x - cx and dy = y - cy the positions are
   //
   //   theta = atan2(dx, dy), counted from the y axis towards the x axis; rho = sqrt(dx^2 + dy^2)
   //   (rho * sin(theta +- angle) + cx, rho * cos(theta +- angle) + cy)

@@ -39,6 +39,7 @@ TEST(FilterKernel, CreateRefusesMoreWeightsThanCells) {
   EXPECT_EQ(0, kernel.Create(1, 10, 0));
   EXPECT_EQ(9, kernel.count);  // the table is there nevertheless
   EXPECT_EQ(1, kernel.Create(1, 9, 0));
+  EXPECT_EQ(1, kernel.Create(1, -9, 0)) << "not more than the table holds";
   EXPECT_EQ(0, kernel.Create(-1, 0, 0));
   EXPECT_THROW(kernel.Create(23170, 0, 0), std::bad_alloc);
   EXPECT_THROW(kernel.Create(std::numeric_limits<int>::max(), 0, 0), std::bad_alloc);
@@ -56,6 +57,8 @@ TEST(FilterKernel, SetValuesTakesAllOrAFew) {
   EXPECT_EQ(9.0f, kernel.ValueAt(8));
   EXPECT_EQ(0, kernel.SetValues(1, floats, 10));
   EXPECT_EQ(0.0f, kernel.ValueAt(8));
+  EXPECT_EQ(1, kernel.SetValues(1, floats, -1));
+  EXPECT_EQ(0.0f, kernel.ValueAt(0));
 }
 
 TEST(FilterKernel, OnlyThePlaceInTheTableIsLookedAt) {

@@ -50,7 +50,7 @@ TEST(BkgSmooth, EqualsThePlainFormulaEverywhere) {
         if (n % 4 == 1) StrewSpecialSamples(src, random);
         for (RectCase& c : RectCases(width, height)) {
           double const level = levels[n % 5];
-          double const strength = strengths[n % 4];
+          double const strength = strengths[n / 5 % 5];
           int const radius = n++ % 6 - 1;
           CImgFilterMisc dst = JunkLike(src, random);
           COrbImage expected(dst);

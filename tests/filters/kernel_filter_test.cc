@@ -342,6 +342,11 @@ TEST(KernelFilter, BlurMedianHasNoSamplesBelow) {
   dst.MedianFilter(1.5, &src, nullptr, 0);
   EXPECT_EQ(2.0f, dst.GetPixelGrayRaw(1, 1, 0));  // 0 0 0 1 2 3 4 5 6
   EXPECT_EQ(7.0f, dst.GetPixelGrayRaw(1, 2, 0));  // 4 5 6 7 8 9
+  dst.MedianFilter(-1.0, &src, nullptr, 0);
+  EXPECT_EQ(4.0f, dst.GetPixelGrayRaw(1, 1, 0));  // the cross: 0 2 4 5 6
+  EXPECT_EQ(7.0f, dst.GetPixelGrayRaw(0, 2, 0));  // 4 7 8
+  dst.MedianFilter(0.5, &src, nullptr, 0);
+  EXPECT_TRUE(SameBits(src, dst)) << "the centre alone";
 }
 
 TEST(KernelFilter, MeanWithoutEdgeKeepsAConstant) {
