@@ -117,6 +117,19 @@ TEST(HistogramEqualization, EqualsThePlainFormOnEveryDistribution) {
   ExpectTheReferenceOf(Drawn(60, 50, [&] { return random() % 4 == 0 ? -1e30 : 1e14 * even(random); }), 9);
 }
 
+// A class of several buckets, once where some rows tell of it, and once where the rows looked at are unlike the others.
+TEST(HistogramEqualization, EqualsThePlainFormInDividedClasses) {
+  Random random(5);
+  std::normal_distribution<double> noise(1000.0, 3.0);
+  COrbImage sky = Drawn(400, 300, [&] { return random() % 5000 == 0 ? 60000.0 : noise(random); });
+  ExpectTheReferenceOf(sky, 1);
+  for (int y = 0; y < 300; ++y) {
+    if (y % 9 != 0) continue;
+    for (int x = 0; x < 400; ++x) sky.SetPixelGrayRaw(x, y, 40000.0f + static_cast<float>(x % 7), 0);
+  }
+  ExpectTheReferenceOf(sky, 2);
+}
+
 // s - min of 1.0 is below 1 and counts it in class 0, while the lower edge of class 1 is 1 exactly.
 COrbImage BetweenFormulaAndEdges() {
   COrbImage image(-32, 40, 30, 1, 1.0, 0.0, 1, nullptr, nullptr);
