@@ -10,15 +10,15 @@
 #include <new>
 #include <string>
 
+#include <platform/large_pages_internal.h>
+
 namespace orb {
 
 namespace {
 
 constexpr std::size_t kAlignment = 64;
 constexpr char const* kDefaultFolder = "/tmp";
-constexpr std::size_t kLargePage = std::size_t{2} << 20;    // bytes
-constexpr std::size_t kLargeBlock = std::size_t{16} << 20;  // bytes
-constexpr std::size_t kPad = 64;                            // readable zeros behind the last sample
+constexpr std::size_t kPad = 64;  // readable zeros behind the last sample
 
 std::size_t WithPad(std::size_t bytes) {
   if (bytes > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) - kPad - kAlignment) {
@@ -27,20 +27,12 @@ std::size_t WithPad(std::size_t bytes) {
   return bytes + kPad;
 }
 
-// Many rows of many images are read side by side, and with pages of the usual size nearly each of them needs a page of
-// its own looked up. The system may still say no, and small blocks are not worth a large page.
-void AskForLargePages(void* memory, std::size_t bytes) {
-  if (bytes < kLargeBlock) return;
-  auto const begin = (reinterpret_cast<std::uintptr_t>(memory) + kLargePage - 1) / kLargePage * kLargePage;
-  auto const end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / kLargePage * kLargePage;
-  madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
-}
-
 class MemoryBlock : public SampleBlock {
  public:
   // calloc hands out large blocks as fresh zero pages, so that an untouched image costs nothing.
   explicit MemoryBlock(std::size_t bytes) : memory(std::calloc(1, WithPad(bytes) + kAlignment)) {
     if (memory == nullptr) throw std::bad_alloc();
+    // Many rows of many images are read side by side.
     AskForLargePages(memory, bytes);
     auto const address = reinterpret_cast<std::uintptr_t>(memory);
     data = static_cast<unsigned char*>(memory) + (kAlignment - address % kAlignment) % kAlignment;

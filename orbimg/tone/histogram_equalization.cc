@@ -9,12 +9,22 @@
 #include <orbimg/tone/histogram_equalization_kernels.h>
 #include <orbimg/tone/rank_classes_internal.h>
 #include <orbimg/tone/rank_sorter_internal.h>
+#include <platform/large_pages_internal.h>
 
 namespace {
 
 constexpr int kMessage = 6177;
 constexpr int kUnits = 258;
 constexpr int kMostPlanes = 3;  // that have extrema
+
+// Room for one value of each sample. The samples of hundreds of buckets are written side by side, each to pages of its
+// own, which is why large pages matter.
+template <typename Value>
+std::unique_ptr<Value[]> ScratchOf(std::size_t samples) {
+  auto scratch = std::make_unique_for_overwrite<Value[]>(samples);
+  orb::AskForLargePages(scratch.get(), samples * sizeof(Value));
+  return scratch;
+}
 
 // One plane, in steps over all its samples: classes, buckets, keys, ranks.
 class PlaneEqualizer {
@@ -32,9 +42,9 @@ class PlaneEqualizer {
   }
 
   void Equalize(double min, double max) {
-    places = std::make_unique_for_overwrite<orb::RankPlace[]>(samples);
-    levels = std::make_unique_for_overwrite<float[]>(samples);
-    keys = std::make_unique_for_overwrite<std::uint64_t[]>(samples);
+    places = ScratchOf<orb::RankPlace>(samples);
+    levels = ScratchOf<float>(samples);
+    keys = ScratchOf<std::uint64_t>(samples);
     orb::RankClasses classes(min, max);
     Classify(classes);
     DrawTies(classes);

@@ -1,6 +1,7 @@
 #include <orbimg/tone/reduce_tone.h>
 
 #include <algorithm>
+#include <vector>
 
 #include <orbimg/core/operator_run.h>
 #include <orbimg/tone/reduce_tone_kernels.h>
@@ -13,10 +14,12 @@ constexpr int kMessage = 6144;
 
 void CImgReduceTone::Do(int levels, COrbImage* source, CRect* rect, int progress) {
   int const n = levels < 2 ? 1 : std::min(levels, orb::kMostTones);
+  std::vector<orb::ToneScale> scales;
+  for (int p = 0; p < planes; ++p) scales.emplace_back(orb::LevelOf(*this, p), n);
   orb::Run run(*this, rect);
   run.Start(progress, kMessage, run.Rows() * planes);
   run.EachRow(*source, [&](orb::RowSpan const& row) {
-    orb::ReduceToneRow(row.src, row.dst, row.count, orb::LevelOf(*this, row.plane), n);
+    scales[static_cast<std::size_t>(row.plane)].ReduceRow(row.src, row.dst, row.count);
   });
   run.End();
 }

@@ -1,4 +1,8 @@
 // CImgBright, CImgColorBalance, CImgReduceTone: formulas on the 256-scale, by the levels of the destination.
+#include <cmath>
+#include <limits>
+
+#include <orbimg/tone/reduce_tone_kernels.h>
 #include <tests/reference/bright_reference.h>
 #include <tests/reference/color_balance_reference.h>
 #include <tests/reference/reduce_tone_reference.h>
@@ -138,6 +142,60 @@ TEST(ReduceTone, EveryStepOfEveryNumberOfLevelsIsExact) {
     reference::ReduceTone(expected, n, src, nullptr);
     dst.Do(n, &src, nullptr, 0);
     EXPECT_TRUE(SameBits(expected, dst)) << n;
+  }
+}
+
+// Samples on every tone, on both limits and beyond them, and one that is not a number, with these levels.
+void ExpectEveryToneOf(int n, double min, double max) {
+  COrbImage src(-32, 260, 1, 1, 1.0, 0.0, 1, nullptr, nullptr);
+  for (int x = 0; x < 260; ++x) {
+    double const share = (x % n + 0.5) / n;
+    src.SetPixelGrayRaw(x, 0, static_cast<float>(share * (max - min) * 256.0 / 255.0 + min), 0);
+  }
+  src.SetPixelGrayRaw(256, 0, static_cast<float>(min), 0);
+  src.SetPixelGrayRaw(257, 0, std::numeric_limits<float>::quiet_NaN(), 0);
+  src.SetPixelGrayRaw(258, 0, -1e38f, 0);
+  src.SetPixelGrayRaw(259, 0, 1e38f, 0);
+  CImgReduceTone dst;
+  dst.CopyImage(src, nullptr, nullptr);
+  COrbImage expected(src);
+  for (COrbImage* each : {static_cast<COrbImage*>(&dst), &expected}) each->SetLevel(0, min, max);
+  reference::ReduceTone(expected, n, src, nullptr);
+  dst.Do(n, &src, nullptr, 0);
+  EXPECT_TRUE(SameBits(expected, dst)) << n << ' ' << min << ' ' << max;
+}
+
+// 1 + 3 * 2^-24 lies in the middle between two floats, where the last bit of a double decides.
+TEST(ReduceTone, TheShortFormIsLeftWhereItWouldRoundOtherwise) {
+  double const middle = 1.0 + std::ldexp(3.0, -24);
+  int shortScales = 0;
+  for (int n = 1; n <= 256; ++n) {
+    shortScales += orb::ToneScale({0.0, n * middle}, n).IsShort() ? 1 : 0;
+    ExpectEveryToneOf(n, 0.0, n * middle);
+  }
+  EXPECT_GT(shortScales, 0);
+  EXPECT_LT(shortScales, 256);
+}
+
+TEST(ReduceTone, TheShortFormServesUsualLevels) {
+  int shortScales = 0;
+  for (int n = 1; n <= 256; ++n) {
+    shortScales += orb::ToneScale({900.0, 600.0}, n).IsShort() ? 1 : 0;
+    ExpectEveryToneOf(n, 900.0, 1500.0);
+  }
+  EXPECT_GT(shortScales, 200);
+}
+
+TEST(ReduceTone, UnusualLevelsTakeThePlainFormula) {
+  double const infinite = std::numeric_limits<double>::infinity();
+  for (int n : {1, 2, 37, 256}) {
+    ExpectEveryToneOf(n, -0.0, -255.0);
+    ExpectEveryToneOf(n, 255.0, 0.0);
+    ExpectEveryToneOf(n, -0.0, 255.0);
+    ExpectEveryToneOf(n, 7.0, 7.0);
+    ExpectEveryToneOf(n, 0.0, 1e-320);
+    ExpectEveryToneOf(n, 0.0, infinite);
+    ExpectEveryToneOf(n, -1e308, 1e308);
   }
 }
 
