@@ -110,10 +110,9 @@ void RowConvolution::ComputeFour(float* const* rows, int begin, int end, float* 
   if (begin >= end) return;
   int const inside = std::clamp(m, begin, end);
   int const outside = std::clamp(width - m, inside, end);
-  for (int j = 0; j < kRowsAtOnce; ++j) {
-    ComputeNarrow(rows + j, begin, inside, out[j]);
-    ComputeNarrow(rows + j, outside, end, out[j] + (outside - begin));
-    if (outside - inside < kLeastColumns) ComputeInside(rows + j, inside, outside, out[j] + (inside - begin));
+  ComputeFourSides(rows, begin, inside, outside, end, out);
+  for (int j = 0; j < kRowsAtOnce && outside - inside < kLeastColumns; ++j) {
+    ComputeInside(rows + j, inside, outside, out[j] + (inside - begin));
   }
   if (outside - inside < kLeastColumns) return;
   float* const from[] = {out[0] + (inside - begin), out[1] + (inside - begin), out[2] + (inside - begin),
@@ -122,6 +121,35 @@ void RowConvolution::ComputeFour(float* const* rows, int begin, int end, float* 
     ComputeFourFactored(rows, inside, outside, from);
   } else {
     ComputeFourInside(rows, inside, outside, from);
+  }
+}
+
+// Columns begin .. inside - 1 and outside .. end - 1. The padded columns of both sides stand next to each other and the
+// rows one behind the other, so that one tap serves all; sums that straddle two sides are made and left.
+void RowConvolution::ComputeFourSides(float* const* rows, int begin, int inside, int outside, int end,
+                                      float* const* out) {
+  int const left = inside - begin;
+  int const right = end - outside;
+  if (left == 0 && right == 0) return;
+  std::ptrdiff_t const leftStride = left > 0 ? left + 2 * std::ptrdiff_t{m} : 0;
+  std::ptrdiff_t const stride = leftStride + (right > 0 ? right + 2 * std::ptrdiff_t{m} : 0);
+  padded.resize(std::max(padded.size(), static_cast<std::size_t>(stride * (2 * m + kRowsAtOnce))));
+  for (int k = 0; k < 2 * m + kRowsAtOnce; ++k) {
+    float* const to = padded.data() + k * stride;
+    if (left > 0) CopyClamped(rows[k], width, std::ptrdiff_t{begin} - m, std::ptrdiff_t{inside} + m, to);
+    if (right > 0) CopyClamped(rows[k], width, std::ptrdiff_t{outside} - m, std::ptrdiff_t{end} + m, to + leftStride);
+  }
+  taps.clear();
+  for (Place const& place : places) {
+    taps.push_back(Tap{place.weight, padded.data() + place.row * stride + m + place.dx});
+  }
+  std::ptrdiff_t const count = kRowsAtOnce * stride - 2 * std::ptrdiff_t{m};
+  narrow.resize(std::max(narrow.size(), static_cast<std::size_t>(count)));
+  SumTapsNarrowRow(taps.data(), taps.size(), count, narrow.data());
+  for (int j = 0; j < kRowsAtOnce; ++j) {
+    float const* const sumsOfRow = narrow.data() + j * stride;
+    std::copy_n(sumsOfRow, left, out[j]);
+    std::copy_n(sumsOfRow + leftStride, right, out[j] + (outside - begin));
   }
 }
 

@@ -50,6 +50,7 @@ class ORBIMG_API RowConvolution {
   template <typename Out>
   void ComputeInside(float* const* rows, int begin, int end, Out* out);
   void ComputeFactored(float* const* rows, int begin, int end, float* out);
+  void ComputeFourSides(float* const* rows, int begin, int inside, int outside, int end, float* const* out);
   void ComputeFourInside(float* const* rows, int begin, int end, float* const* out);
   void ComputeFourFactored(float* const* rows, int begin, int end, float* const* out);
   template <typename WeightAt>

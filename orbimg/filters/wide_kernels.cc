@@ -2,10 +2,7 @@
 
 #include <algorithm>
 
-#include <orbimg/core/row_kernel.h>
-
-// Sanitizer builds do without, and so test the plain twins.
-#if defined(__x86_64__) && !defined(ORB_NO_CLONES) && !defined(ORB_SANITIZED)
+#if defined(__x86_64__) && !defined(ORB_NO_CLONES)
 #define ORB_HAS_FOUR_ROWS 1
 // GCC 12 warns of what its own header leaves undefined on purpose.
 #pragma GCC diagnostic push

@@ -228,7 +228,7 @@ struct Row {
     auto const same = [](auto const& p, auto const& q) {
       auto const x = CanonicalNans(p);
       auto const y = CanonicalNans(q);
-      return x.size() == y.size() && std::memcmp(x.data(), y.data(), x.size() * sizeof(x[0])) == 0;
+      return x.size() == y.size() && (x.empty() || std::memcmp(x.data(), y.data(), x.size() * sizeof(x[0])) == 0);
     };
     return same(a.wide, b.wide) && same(a.narrow, b.narrow) && same(a.clipped, b.clipped);
   }
