@@ -23,8 +23,6 @@ constexpr Room kRooms[] = {
     {FilterOperators, "filter"},
     {RankFilterOperators, "filter"},
     {StarFilterOperators, "filter"},
-    {MemOperators, "restore"},
-    {RestorationOperators, "restore"},
 };
 
 }  // namespace
