@@ -6,8 +6,8 @@
 #include <numeric>
 
 #include <gtest/gtest.h>
-#include <orbimg/orbimg.h>
 #include <orbimg/core/selection_network_internal.h>
+#include <orbimg/orbimg.h>
 #include <tests/reference/median_composite_reference.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
