@@ -22,6 +22,7 @@ void CheckFitsLights(FitsReader const& calibration, std::string const& kind, Fit
 
 // What becomes of samples that are not finite, for the warning.
 inline constexpr char kGoIntoResult[] = "and go into the result as they stand";
+inline constexpr char kAreLeftOut[] = "and are left out";
 
 // Reads all samples into an image of floats. Returns how many are not finite.
 std::int64_t ReadSamples(FitsReader& reader, COrbImage& image);
