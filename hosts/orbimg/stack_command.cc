@@ -1,16 +1,20 @@
 // orbimg stack: many frames into one.
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include <fmt/format.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/frame_set.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
 #include <hosts/orbimg/stack_job.h>
 
 namespace orb::host {
 namespace {
+
+constexpr char kNotAligned[] = "none";
 
 struct StackOptions {
   std::vector<std::string> inputs;
@@ -50,7 +54,7 @@ std::vector<AlignedFrame> CollectFrames(StackOptions const& options, StackMode c
   std::vector<AlignedFrame> frames;
   for (std::string const& file :
        ExpandFiles(options.inputs, mode.orderMatters ? FileOrder::kAsGiven : FileOrder::kNatural)) {
-    frames.push_back(AlignedFrame{file, {}, "none", 0, std::nullopt});
+    frames.push_back(AlignedFrame{file, {}, kNotAligned, 0, std::nullopt});
   }
   return frames;
 }
@@ -91,6 +95,29 @@ StackParameters MakeParameters(StackOptions const& options) {
   return parameters;
 }
 
+// A reference that others were laid over must be there; without an alignment the next frame takes its place.
+void DropBroken(std::vector<AlignedFrame>& frames, Environment& environment) {
+  bool const isAligned = frames.front().method != kNotAligned;
+  std::vector<std::string> files;
+  for (AlignedFrame const& frame : frames) files.push_back(frame.file);
+  files = LeaveOutBroken(files, 2, isAligned ? files.front() : std::string(), environment);
+  std::erase_if(frames, [&](AlignedFrame const& frame) {
+    return std::find(files.begin(), files.end(), frame.file) == files.end();
+  });
+}
+
+void WarnOfFewFrames(StackJob const& job, Environment& environment) {
+  StackParameters const& parameters = job.parameters;
+  if (parameters.mode->rejection != JoinRule::Rejection::kSigma) return;
+  auto const n = static_cast<double>(job.frames.size());
+  double const furthest = (n - 1.0) / std::sqrt(n);
+  if (std::min(parameters.low, parameters.high) < furthest) return;
+  environment.Warn(fmt::format(
+      "--mode sigma: of {} frames none lies further off than {:.2f} deviations, so nothing is taken out; use "
+      "--mode winsorised, or lower --low and --high",
+      job.frames.size(), furthest));
+}
+
 void RunStack(StackOptions const& options, CommandContext& context) {
   StackJob job;
   job.parameters = MakeParameters(options);
@@ -100,7 +127,9 @@ void RunStack(StackOptions const& options, CommandContext& context) {
     throw HostError(Exit::kUsage, fmt::format("stack: {} frame is no stack; give two or more", job.frames.size()));
   }
   Environment environment(context.out, context.err, options.common);
+  DropBroken(job.frames, environment);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
+  WarnOfFewFrames(job, environment);
   StackToFile(job, environment);
   if (!options.preview.empty()) WritePreview(job.output, options.preview, environment.existing);
 }

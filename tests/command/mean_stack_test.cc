@@ -275,6 +275,13 @@ TEST_F(MeanStackTest, NoiseIsMadeThatOfTheFirst) {
   EXPECT_NEAR(10.0 / std::sqrt(12.0), noise, 0.15);
 }
 
+TEST_F(MeanStackTest, SigmaSaysWhenItCannotTakeAnythingOut) {
+  CommandResult const few = RunQuietly({"stack", folder / "f0.fits", folder / "f1.fits", folder / "f2.fits", "--mode",
+                                        "sigma", "-o", folder / "few.fits"});
+  EXPECT_EQ(Exit::kDone, few.status);
+  EXPECT_NE(std::string::npos, few.err.find("of 3 frames none lies further off than 1.15")) << few.err;
+}
+
 TEST_F(MeanStackTest, BandsAndThreadsDoNotChangeABit) {
   for (char const* mode : {"average", "sigma", "winsorised"}) {
     COrbImage const whole = Stack({"--mode", mode, "--threads", "1"});
