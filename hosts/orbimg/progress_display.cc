@@ -1,6 +1,7 @@
 #include <hosts/orbimg/progress_display.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include <fmt/format.h>
 
@@ -9,13 +10,21 @@ namespace {
 constexpr int kBarWidth = 30;     // characters
 constexpr int kPercentOfBar = 1;  // the bar is redrawn at every percent
 constexpr int kPercentOfLine = 25;
+constexpr double kSecondsBeforeGuess = 2.0;
 }  // namespace
+
+std::string FormatTimeLeft(double spent, int percent) {
+  if (percent <= 0 || percent >= 100 || spent < kSecondsBeforeGuess) return {};
+  auto const left = static_cast<long>(std::ceil(spent * (100 - percent) / percent));
+  return fmt::format(", {}:{:02} left", left / 60, left % 60);
+}
 
 void ProgressDisplay::Start(std::string const& text, std::int64_t units) {
   std::lock_guard const lock(mutex);
   label = text;
   total = units;
   done = 0;
+  start = std::chrono::steady_clock::now();
   shown = -1;
   Show();
 }
@@ -53,8 +62,11 @@ void ProgressDisplay::Show() {
     err << fmt::format("{} {} %\n", label, percent) << std::flush;
     return;
   }
+  std::chrono::duration<double> const spent = std::chrono::steady_clock::now() - start;
   std::string const bar(static_cast<std::size_t>(percent * kBarWidth / 100), '#');
-  err << fmt::format("\r\033[K{} [{:<{}}] {:3} %", label, bar, kBarWidth, percent) << std::flush;
+  err << fmt::format("\r\033[K{} [{:<{}}] {:3} %{}", label, bar, kBarWidth, percent,
+                     FormatTimeLeft(spent.count(), percent))
+      << std::flush;
 }
 
 void ProgressDisplay::ClearBar() {

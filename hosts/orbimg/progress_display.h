@@ -1,12 +1,16 @@
 // Progress on standard error: a bar on a terminal, plain lines in a log, or nothing.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <ostream>
 #include <string>
 
 namespace orb::host {
+
+// ", 1:20 left" of a step that took `spent` seconds up to `percent`; empty in the first two seconds and at both ends.
+std::string FormatTimeLeft(double spent, int percent);
 
 class ProgressDisplay {
  public:
@@ -30,6 +34,7 @@ class ProgressDisplay {
   std::string label;
   std::int64_t total = 0;
   std::int64_t done = 0;
+  std::chrono::steady_clock::time_point start;
   int shown = -1;  // what stands on the screen, in steps of the style; -1 nothing
 };
 

@@ -57,5 +57,13 @@ TEST(ProgressDisplay, NoUnitsIsDoneAtOnce) {
   EXPECT_EQ(err.str(), "Nothing 100 %\n");
 }
 
+TEST(ProgressDisplay, TheTimeLeftFollowsFromTheTimeSpent) {
+  EXPECT_EQ(host::FormatTimeLeft(30.0, 25), ", 1:30 left");
+  EXPECT_EQ(host::FormatTimeLeft(2.1, 99), ", 0:01 left");
+  EXPECT_EQ(host::FormatTimeLeft(1.9, 50), "");
+  EXPECT_EQ(host::FormatTimeLeft(30.0, 0), "");
+  EXPECT_EQ(host::FormatTimeLeft(30.0, 100), "");
+}
+
 }  // namespace
 }  // namespace orb::test
