@@ -20,6 +20,7 @@
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/geometry/resize.h>
+#include <orbimg/geometry/resolution.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
