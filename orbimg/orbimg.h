@@ -19,6 +19,7 @@
 #include <orbimg/filters/filter_sharp.h>
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
+#include <orbimg/geometry/expansion.h>
 #include <orbimg/geometry/resize.h>
 #include <orbimg/geometry/resolution.h>
 #include <orbimg/resources/message_table.h>

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include <orbimg/core/cell_row_kernels.h>
 #include <orbimg/core/row_kernel.h>
 
 namespace {
@@ -11,21 +12,15 @@ namespace {
 // Columns that are gathered before they are interpolated, so that only the gathering goes column by column.
 constexpr std::ptrdiff_t kBlock = 64;
 
-// Two samples beside each other, which are read and written as one.
-struct Neighbours {
-  float left;
-  float right;
-};
-
 ORB_ROW_KERNEL void InterpolateColumnsRow(float const* row, int const* cells, std::ptrdiff_t next,
                                           double const* fractions, std::ptrdiff_t count, double* out) {
-  Neighbours pairs[kBlock];
+  orb::Neighbours pairs[kBlock];
   for (std::ptrdiff_t first = 0; first < count; first += kBlock) {
     std::ptrdiff_t const n = std::min(kBlock, count - first);
     if (next == 1) {
-      for (std::ptrdiff_t i = 0; i < n; ++i) std::memcpy(&pairs[i], row + cells[first + i], sizeof(Neighbours));
+      for (std::ptrdiff_t i = 0; i < n; ++i) std::memcpy(&pairs[i], row + cells[first + i], sizeof(orb::Neighbours));
     } else {
-      for (std::ptrdiff_t i = 0; i < n; ++i) pairs[i] = Neighbours{row[cells[first + i]], row[cells[first + i]]};
+      for (std::ptrdiff_t i = 0; i < n; ++i) pairs[i] = orb::Neighbours{row[cells[first + i]], row[cells[first + i]]};
     }
     ORB_COLUMNS_INDEPENDENT
     for (std::ptrdiff_t i = 0; i < n; ++i) {
