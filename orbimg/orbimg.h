@@ -22,6 +22,7 @@
 #include <orbimg/geometry/expansion.h>
 #include <orbimg/geometry/resize.h>
 #include <orbimg/geometry/resolution.h>
+#include <orbimg/geometry/crop.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>

@@ -1,4 +1,4 @@
-// Between mono and colour, and the row shift.
+// Between mono and colour, the row shift, another size.
 #include <cstdint>
 #include <cstring>
 

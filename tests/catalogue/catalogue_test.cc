@@ -31,6 +31,7 @@ TEST(Catalogue, HasEveryOperator) {
                                    "compose-rgb",
                                    "composite",
                                    "contour",
+                                   "crop",
                                    "curve",
                                    "custom",
                                    "dark",
