@@ -24,6 +24,7 @@ constexpr Room kRooms[] = {
     {RankFilterOperators, "filter"},
     {StarFilterOperators, "filter"},
     {GeometryOperators, "transform"},
+    {ResampleOperators, ""},
 };
 
 }  // namespace

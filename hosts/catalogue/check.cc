@@ -49,6 +49,7 @@ std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
     case SourceShape::kFrameToColour:
       return of == 3 ? "" : "the image has one plane; colours need three";
     case SourceShape::kSame:
+    case SourceShape::kAnySize:
       return of == source ? "" : fmt::format("the {} has {} planes, the image {}", entry.sourceName, source, of);
     case SourceShape::kColour:
       return source == 3 ? "" : fmt::format("the {} has {}; it must have 3", entry.sourceName, PlanesText(source));
@@ -63,7 +64,8 @@ std::string CheckSource(OperatorEntry const& entry, Invocation const& call) {
   if (call.source == call.image && !entry.mayRunInPlace) {
     return fmt::format("the {} must be another image than the result", entry.sourceName);
   }
-  if (entry.sourceShape != SourceShape::kAny && !IsSameSize(*call.source, *call.image)) {
+  bool const isAnySize = entry.sourceShape == SourceShape::kAny || entry.sourceShape == SourceShape::kAnySize;
+  if (!isAnySize && !IsSameSize(*call.source, *call.image)) {
     return fmt::format("the {} is {}, the image {}; both must have the same size", entry.sourceName,
                        ShapeText(*call.source), ShapeText(*call.image));
   }

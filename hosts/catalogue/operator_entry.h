@@ -75,6 +75,7 @@ enum class SourceShape {
   kFrameToColour,  // the same size, one plane or three; the image has three planes
   kColour,         // the same size, three planes whatever those of the image
   kAny,            // any size, one plane or three
+  kAnySize,        // any size, the same planes
 };
 
 struct ImageSize {
@@ -146,6 +147,7 @@ struct OperatorEntry {
   std::vector<Table> tables;               // that it reads
   std::vector<Result> results;             // the numbers that it finds out
   bool takesRectangle = true;              // one that limits what is written
+  int overdraw = 0;  // pixels beyond the rectangle's right and bottom that a call may write as well
   // A rectangle that lies within the image is what becomes of it. Not together with takesRectangle.
   bool cutsToRectangle = false;
   // The size that a call leaves its image in; null: the size that it has.

@@ -18,6 +18,7 @@ std::vector<OperatorEntry> FilterOperators();
 std::vector<OperatorEntry> RankFilterOperators();
 std::vector<OperatorEntry> StarFilterOperators();
 std::vector<OperatorEntry> GeometryOperators();
+std::vector<OperatorEntry> ResampleOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>

@@ -35,7 +35,7 @@ class Trial {
         source(RandomImage(random, width, height, way.sourcePlanes)),
         second(RandomImage(random, width + 3, std::max(height - 1, 1), way.secondPlanes)) {
     if (entry.TakesFrames()) AddFrames(random, width, height, way.secondPlanes);
-    if (entry.sourceShape == host::SourceShape::kAny) {
+    if (entry.sourceShape == host::SourceShape::kAny || entry.sourceShape == host::SourceShape::kAnySize) {
       source = RandomImage(random, width + 1, std::max(height - 2, 1), way.sourcePlanes);
     }
     for (COrbImage* each : Images()) {
@@ -131,6 +131,7 @@ inline std::vector<std::vector<double>> ValueSets(host::OperatorEntry const& ent
     host::Parameter const& parameter = entry.parameters[i];
     if (parameter.kind != Kind::kChoice && parameter.kind != Kind::kFlag) continue;
     for (double v = 1.0; v <= parameter.most; ++v) {
+      if (v == moved[i]) continue;  // a choice whose default is not the first
       sets.push_back(moved);
       sets.back()[i] = v;
     }
