@@ -20,6 +20,10 @@
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/geometry/crop.h>
+#include <orbimg/geometry/flip.h>
+#include <orbimg/geometry/rotate.h>
+#include <orbimg/geometry/scroll.h>
+#include <orbimg/geometry/soft_binning.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
