@@ -23,6 +23,10 @@
 #include <orbimg/geometry/resize.h>
 #include <orbimg/geometry/resolution.h>
 #include <orbimg/geometry/crop.h>
+#include <orbimg/geometry/flip.h>
+#include <orbimg/geometry/rotate.h>
+#include <orbimg/geometry/scroll.h>
+#include <orbimg/geometry/soft_binning.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>

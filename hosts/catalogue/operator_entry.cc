@@ -63,11 +63,6 @@ std::size_t OperatorEntry::TablesFor(int planes) const {
   return count;
 }
 
-bool OperatorEntry::ChangesLevels(Invocation const& call) const {
-  if (changes.levelsFlag == nullptr) return changes.levels;
-  return call.values[static_cast<std::size_t>(Find(changes.levelsFlag))] != 0.0;
-}
-
 ImageSize OperatorEntry::SizeOf(Invocation const& call) const {
   if (sizeOfResult != nullptr) return sizeOfResult(call);
   return ImageSize{call.image->GetWidth(), call.image->GetHeight()};

@@ -122,8 +122,6 @@ struct Changes {
   bool sourceLevels = false;  // to the extrema of its planes
   bool samples = false;
   bool levels = false;
-  // Levels change only where this flag is set; null: `levels` holds for every call.
-  char const* levelsFlag = nullptr;
   bool planes = false;
   // Where the samples lie: what was known of positions, as the coordinates of a file's header, holds no longer.
   bool geometry = false;
@@ -155,6 +153,8 @@ struct OperatorEntry {
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
   Changes changes;
+  // Whether a call changes levels; null: `changes` holds for every call.
+  bool (*changesLevels)(Invocation const&) = nullptr;
   // Whether a call writes a plane of the image; null: it writes all.
   bool (*writesPlane)(Invocation const&, int plane) = nullptr;
 
@@ -189,7 +189,9 @@ struct OperatorEntry {
   bool WritesPlane(Invocation const& call, int plane) const {
     return writesPlane == nullptr || writesPlane(call, plane);
   }
-  bool ChangesLevels(Invocation const& call) const;
+  bool ChangesLevels(Invocation const& call) const {
+    return changesLevels == nullptr ? changes.levels : changesLevels(call);
+  }
   ImageSize SizeOf(Invocation const& call) const;
   int MessageOf(Invocation const& call) const { return messageOfCall == nullptr ? message : messageOfCall(call); }
   // How many tables a call on an image of this many planes has.

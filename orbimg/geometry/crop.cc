@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include <orbimg/core/operator_run.h>
 #include <orbimg/core/truncate.h>
+#include <orbimg/geometry/moved_rows_internal.h>
 
 namespace {
 
@@ -33,12 +33,9 @@ int CImgCrop::Do(CRect rect, COrbImage* src, int progress) {
   // Intended: the rows of the new image and those of the rectangle are both counted, and are the same.
   orb::Run run(*this, nullptr);
   run.Start(progress, kMessage, orb::TruncateToInt(2.0 * height * planes));
-  for (int p = 0; p < planes; ++p) {
-    for (int y = 0; y < height; ++y) {
-      CopyRow(*src, rect.left, static_cast<std::int64_t>(rect.top) + y, p, GetImageAdr(0, y, p, 0, nullptr), width);
-      run.Tick();
-    }
-  }
+  orb::EachMovedRow(*this, run, [&](float* row, int y, int p) {
+    CopyRow(*src, rect.left, static_cast<std::int64_t>(rect.top) + y, p, row, width);
+  });
   run.End();
   return 1;
 }

@@ -19,6 +19,7 @@ TEST(Catalogue, HasEveryOperator) {
   EXPECT_EQ(Catalogue().size(), names.size());
   EXPECT_EQ((std::set<std::string>{"background-smooth",
                                    "balance",
+                                   "bin",
                                    "blur-median",
                                    "bright",
                                    "calculate",
@@ -40,6 +41,7 @@ TEST(Catalogue, HasEveryOperator) {
                                    "equalise",
                                    "false-colour",
                                    "flat",
+                                   "flip",
                                    "gaussian",
                                    "gray",
                                    "invert",
@@ -61,7 +63,9 @@ TEST(Catalogue, HasEveryOperator) {
                                    "rejection",
                                    "resample",
                                    "resize",
+                                   "rotate",
                                    "rotational-gradient",
+                                   "scroll",
                                    "separate",
                                    "separate-sum",
                                    "shape-median",
@@ -71,6 +75,7 @@ TEST(Catalogue, HasEveryOperator) {
                                    "sharpen-edges",
                                    "star-enhance",
                                    "star-sharp",
+                                   "turn",
                                    "unsharp"}),
             names);
 }
