@@ -112,7 +112,11 @@ CubicRows::CubicRows(COrbImage const& initSource, std::vector<CubicTaps> const& 
       plane(initPlane),
       grid(source, columns, plane),
       states(static_cast<std::size_t>(source.GetHeight()), RowState::kUnknown),
-      notFinite(static_cast<std::size_t>(source.GetWidth()) + 1) {}
+      notFinite(static_cast<std::size_t>(source.GetWidth()) + 1) {
+  for (std::size_t x = 0; x < taps.size(); ++x) {
+    if (!taps[x].IsSingle()) notSingle.push_back(x);
+  }
+}
 
 bool CubicRows::IsFinite(int y) {
   RowState& state = states[static_cast<std::size_t>(y)];
@@ -150,15 +154,17 @@ bool CubicRows::ReachesOnlyFiniteColumns(CubicTaps const& column) const {
 }
 
 void CubicRows::Sample(CubicTaps const& row, float* out) {
-  bool const isFinite = ReachesOnlyFinite(row);
-  if (row.IsSingle()) {
-    grid.Sample(row.taps[1].place, out);
-    DropSignOfZeroRow(out, static_cast<std::ptrdiff_t>(taps.size()));
-    if (!isFinite) CountNotFinite(row);
+  if (!row.IsSingle()) {
+    for (std::size_t x = 0; x < taps.size(); ++x) out[x] = CubicSum(source, plane, taps[x], row);
+    return;
   }
+  grid.Sample(row.taps[1].place, out);
+  DropSignOfZeroRow(out, static_cast<std::ptrdiff_t>(taps.size()));
+  for (std::size_t const x : notSingle) out[x] = CubicSum(source, plane, taps[x], row);
+  if (ReachesOnlyFinite(row)) return;
+  CountNotFinite(row);
   for (std::size_t x = 0; x < taps.size(); ++x) {
-    bool const isDone = row.IsSingle() && taps[x].IsSingle() && (isFinite || ReachesOnlyFiniteColumns(taps[x]));
-    if (!isDone) out[x] = CubicSum(source, plane, taps[x], row);
+    if (!ReachesOnlyFiniteColumns(taps[x])) out[x] = CubicSum(source, plane, taps[x], row);
   }
 }
 

@@ -1,6 +1,7 @@
 // The cubic sum over positions of a grid: the plain sum for one sample, and whole rows.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include <orbimg/core/bilinear_internal.h>
@@ -62,8 +63,9 @@ class CubicRows {
   std::vector<CubicTaps> const& taps;
   int plane;
   GridRows grid;
-  std::vector<RowState> states;  // of the rows of the source
-  std::vector<int> notFinite;    // of the columns before each of the source, those with such a sample within reach
+  std::vector<std::size_t> notSingle;  // columns of the grid that always take the plain sum
+  std::vector<RowState> states;        // of the rows of the source
+  std::vector<int> notFinite;  // of the columns before each of the source, those with such a sample within reach
 };
 
 // The columns of a grid for the tap that counts.

@@ -61,6 +61,14 @@ TEST(Direction, RotationsAreRightHanded) {
   ExpectNear(1, 0, 0, Turn({{0, 0, 1}}, y));
 }
 
+TEST(Direction, DegreesBecomeRadiansByOneConstant) {
+  EXPECT_EQ(std::sin(77.0 * 0.017453292519943295), DirectionOf(77, 0).v[1]);
+  EXPECT_EQ(std::sin(-33.0 * 0.017453292519943295), DirectionOf(5, -33).v[2]);
+  double m[3][3];
+  RotateX(12.5, m);
+  EXPECT_EQ(std::cos(12.5 * 0.017453292519943295), m[2][2]);
+}
+
 TEST(Direction, NoAngleIsTheIdentity) {
   for (auto const rotate : {RotateX, RotateY}) {
     double m[3][3];
