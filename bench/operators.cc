@@ -57,7 +57,7 @@ void RunEntry(benchmark::State& state, orb::host::OperatorEntry const& entry, in
     return;
   }
   for (auto _ : state) {
-    if (entry.changes.planes) {
+    if (entry.changes.planes || entry.sizeOfResult != nullptr) {
       state.PauseTiming();
       image.CopyImage(fresh, nullptr, nullptr);
       state.ResumeTiming();

@@ -1,7 +1,7 @@
 # headers_alone: compiles every installed header as the first and only line of a source of its own, so that none leans on
 # what another happens to include. It is no part of the default build.
 file(GLOB_RECURSE orb_headers RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS
-  ${PROJECT_SOURCE_DIR}/platform/*.h ${PROJECT_SOURCE_DIR}/orbimg/*.h)
+  ${PROJECT_SOURCE_DIR}/platform/*.h ${PROJECT_SOURCE_DIR}/orbmath/*.h ${PROJECT_SOURCE_DIR}/orbimg/*.h)
 list(FILTER orb_headers EXCLUDE REGEX "_(internal|kernels)\\.h$")
 
 set(orb_header_sources)

@@ -2,8 +2,8 @@
 include(CMakePackageConfigHelpers)
 
 set(orb_include ${CMAKE_INSTALL_INCLUDEDIR}/orbimg-${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
-install(TARGETS orbplatform orbcim orbimg EXPORT orbimgTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY platform orbimg DESTINATION ${orb_include} FILES_MATCHING PATTERN "*.h"
+install(TARGETS orbplatform orbcim orbmath orbimg EXPORT orbimgTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY platform orbmath orbimg DESTINATION ${orb_include} FILES_MATCHING PATTERN "*.h"
   PATTERN "*_internal.h" EXCLUDE PATTERN "*_kernels.h" EXCLUDE)
 install(EXPORT orbimgTargets NAMESPACE orbimg:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbimg)
 

@@ -23,6 +23,8 @@ constexpr Room kRooms[] = {
     {FilterOperators, "filter"},
     {RankFilterOperators, "filter"},
     {StarFilterOperators, "filter"},
+    {GeometryOperators, "transform"},
+    {ResampleOperators, ""},
 };
 
 }  // namespace

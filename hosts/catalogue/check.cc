@@ -9,6 +9,8 @@ namespace orb::host {
 
 namespace {
 
+constexpr std::int64_t kMostSide = 1'000'000;  // pixels, of a result
+
 std::string ShapeText(COrbImage const& image) {
   std::string const size = fmt::format("{} x {}", image.GetWidth(), image.GetHeight());
   return image.GetPlanes() == 1 ? size : fmt::format("{} x {} planes", size, image.GetPlanes());
@@ -47,6 +49,7 @@ std::string CheckPlanes(OperatorEntry const& entry, Invocation const& call) {
     case SourceShape::kFrameToColour:
       return of == 3 ? "" : "the image has one plane; colours need three";
     case SourceShape::kSame:
+    case SourceShape::kAnySize:
       return of == source ? "" : fmt::format("the {} has {} planes, the image {}", entry.sourceName, source, of);
     case SourceShape::kColour:
       return source == 3 ? "" : fmt::format("the {} has {}; it must have 3", entry.sourceName, PlanesText(source));
@@ -61,7 +64,8 @@ std::string CheckSource(OperatorEntry const& entry, Invocation const& call) {
   if (call.source == call.image && !entry.mayRunInPlace) {
     return fmt::format("the {} must be another image than the result", entry.sourceName);
   }
-  if (entry.sourceShape != SourceShape::kAny && !IsSameSize(*call.source, *call.image)) {
+  bool const isAnySize = entry.sourceShape == SourceShape::kAny || entry.sourceShape == SourceShape::kAnySize;
+  if (!isAnySize && !IsSameSize(*call.source, *call.image)) {
     return fmt::format("the {} is {}, the image {}; both must have the same size", entry.sourceName,
                        ShapeText(*call.source), ShapeText(*call.image));
   }
@@ -172,16 +176,30 @@ std::string CheckLevels(OperatorEntry const& entry, Invocation const& call) {
 
 std::string CheckRectangle(OperatorEntry const& entry, Invocation const& call) {
   if (call.rect == nullptr) return "";
-  if (!entry.takesRectangle) return "takes no rectangle: it works on the whole image";
+  if (!entry.takesRectangle && !entry.cutsToRectangle) return "takes no rectangle: it works on the whole image";
   CRect const& r = *call.rect;
   if (r.IsRectEmpty()) {
     return fmt::format("the rectangle {},{} to {},{} is empty; right and bottom lie one past the last pixel", r.left,
                        r.top, r.right, r.bottom);
   }
   Bounds const bounds = ClampRect(&r, call.image->GetWidth(), call.image->GetHeight());
-  if (!bounds.IsEmpty()) return "";
-  return fmt::format("the rectangle {},{} to {},{} lies outside the image of {}", r.left, r.top, r.right, r.bottom,
-                     ShapeText(*call.image));
+  if (bounds.IsEmpty()) {
+    return fmt::format("the rectangle {},{} to {},{} lies outside the image of {}", r.left, r.top, r.right, r.bottom,
+                       ShapeText(*call.image));
+  }
+  bool const isWithin =
+      bounds.left == r.left && bounds.top == r.top && bounds.right == r.right && bounds.bottom == r.bottom;
+  if (!entry.cutsToRectangle || isWithin) return "";
+  return fmt::format("the rectangle {},{} to {},{} goes beyond the image of {}; it must lie within", r.left, r.top,
+                     r.right, r.bottom, ShapeText(*call.image));
+}
+
+std::string CheckSizeOfResult(OperatorEntry const& entry, Invocation const& call) {
+  ImageSize const size = entry.SizeOf(call);
+  auto const isSide = [](std::int64_t pixels) { return pixels >= 1 && pixels <= kMostSide; };
+  if (entry.sizeOfResult == nullptr || (isSide(size.width) && isSide(size.height))) return "";
+  return fmt::format("the image would come to {} x {} pixels; it must have from 1 to {} columns and rows", size.width,
+                     size.height, kMostSide);
 }
 
 std::string FindWrong(OperatorEntry const& entry, Invocation const& call) {
@@ -196,6 +214,7 @@ std::string FindWrong(OperatorEntry const& entry, Invocation const& call) {
   if (wrong.empty()) wrong = CheckRectangle(entry, call);
   if (wrong.empty()) wrong = CheckLevels(entry, call);
   if (wrong.empty() && entry.check != nullptr) wrong = entry.check(call);
+  if (wrong.empty()) wrong = CheckSizeOfResult(entry, call);
   return wrong;
 }
 

@@ -29,6 +29,10 @@ int Count(OperatorEntry const& entry, Units units, Invocation const& call) {
       return image.GetHeight();
     case Units::kImageRowsTimesPlanes:
       return image.GetHeight() * image.GetPlanes();
+    case Units::kResultRowsTimesPlanes:
+      return static_cast<int>(entry.SizeOf(call).height) * image.GetPlanes();
+    case Units::kCounted:
+      return entry.countUnits(call);
     case Units::kClasses:
       return kClasses;
     case Units::kSearch:
@@ -57,6 +61,11 @@ std::size_t OperatorEntry::TablesFor(int planes) const {
   std::size_t count = 0;
   for (Table const& table : tables) count += static_cast<std::size_t>(table.CountFor(planes));
   return count;
+}
+
+ImageSize OperatorEntry::SizeOf(Invocation const& call) const {
+  if (sizeOfResult != nullptr) return sizeOfResult(call);
+  return ImageSize{call.image->GetWidth(), call.image->GetHeight()};
 }
 
 bool OperatorEntry::DoesReport(Invocation const& call) const {

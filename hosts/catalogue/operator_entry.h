@@ -1,6 +1,7 @@
 // What a host knows of an operator: its parameters, what it reads and changes, how it reports, and how to run it.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,8 +21,8 @@ struct Parameter {
   std::string help;
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
   // What a host takes in place of the default, where it knows the source: a level of its first plane, what lies halfway
-  // between the two, or the column or row of its middle.
-  enum class Follows { kNothing, kBlack, kWhite, kMiddleLevel, kMiddleColumn, kMiddleRow };
+  // between the two, the column or row of its middle, or its width or height.
+  enum class Follows { kNothing, kBlack, kWhite, kMiddleLevel, kMiddleColumn, kMiddleRow, kWidth, kHeight };
   Follows follows = Follows::kNothing;
 };
 
@@ -51,7 +52,9 @@ struct PlacedFrame {
 
 // One call: the images and the values. No image is owned.
 struct Invocation {
-  COrbImage* image = nullptr;   // the destination, of its final shape; for most operators a copy of the source
+  // The destination, of its final shape, or, where the operator changes the size, of the shape of the source; for most
+  // operators a copy of the source.
+  COrbImage* image = nullptr;
   COrbImage* source = nullptr;  // the image itself for a run in place
   COrbImage* second = nullptr;
   std::vector<double> values;  // one a parameter, in their order
@@ -72,6 +75,12 @@ enum class SourceShape {
   kFrameToColour,  // the same size, one plane or three; the image has three planes
   kColour,         // the same size, three planes whatever those of the image
   kAny,            // any size, one plane or three
+  kAnySize,        // any size, the same planes
+};
+
+struct ImageSize {
+  std::int64_t width;
+  std::int64_t height;
 };
 
 // What is counted for progress. "Rows" are those of the rectangle, limited to the image.
@@ -81,8 +90,10 @@ enum class Units {
   kRowsTimesPlanes,
   kImageRows,
   kImageRowsTimesPlanes,
-  kClasses,  // of value, the same number for every image; which of them tick depends on the samples
-  kSearch,   // a share of the positions of a search over "range", and of its sub-pixel stages with the flag "fine"
+  kClasses,                // of value, the same number for every image; which of them tick depends on the samples
+  kResultRowsTimesPlanes,  // rows of the size that the image comes to
+  kCounted,                // what countUnits finds
+  kSearch,  // a share of the positions of a search over "range", and of its sub-pixel stages with the flag "fine"
 };
 
 // Whether a run in bands gives the bits of one run.
@@ -112,6 +123,9 @@ struct Changes {
   bool samples = false;
   bool levels = false;
   bool planes = false;
+  // Where the samples lie: what was known of positions, as the coordinates of a file's header, holds no longer.
+  bool geometry = false;
+  bool points = false;  // standard points are cleared; the centre may be set anew
 };
 
 struct OperatorEntry {
@@ -130,10 +144,17 @@ struct OperatorEntry {
   std::vector<std::string> frameNames;     // one frame of each name, in this order; none: any number, one at least
   std::vector<Table> tables;               // that it reads
   std::vector<Result> results;             // the numbers that it finds out
-  bool takesRectangle = true;
+  bool takesRectangle = true;              // one that limits what is written
+  int overdraw = 0;  // pixels beyond the rectangle's right and bottom that a call may write as well
+  // A rectangle that lies within the image is what becomes of it. Not together with takesRectangle.
+  bool cutsToRectangle = false;
+  // The size that a call leaves its image in; null: the size that it has.
+  ImageSize (*sizeOfResult)(Invocation const&) = nullptr;
   bool mayRunInPlace = false;  // the source may be the image itself
   LevelUse levelUse = LevelUse::kNone;
   Changes changes;
+  // Whether a call changes levels; null: `changes` holds for every call.
+  bool (*changesLevels)(Invocation const&) = nullptr;
   // Whether a call writes a plane of the image; null: it writes all.
   bool (*writesPlane)(Invocation const&, int plane) = nullptr;
 
@@ -145,6 +166,7 @@ struct OperatorEntry {
   // What it counts: more than it announces for one operator; kNone for a search and for classes, where it is not known
   // before.
   Units ticks = Units::kNone;
+  int (*countUnits)(Invocation const&) = nullptr;  // where units or ticks are kCounted
 
   // Reports in a way of its own, in steps that are no rows, or in several runs, and counts no units.
   bool hasOwnRuns = false;
@@ -167,6 +189,10 @@ struct OperatorEntry {
   bool WritesPlane(Invocation const& call, int plane) const {
     return writesPlane == nullptr || writesPlane(call, plane);
   }
+  bool ChangesLevels(Invocation const& call) const {
+    return changesLevels == nullptr ? changes.levels : changesLevels(call);
+  }
+  ImageSize SizeOf(Invocation const& call) const;
   int MessageOf(Invocation const& call) const { return messageOfCall == nullptr ? message : messageOfCall(call); }
   // How many tables a call on an image of this many planes has.
   std::size_t TablesFor(int planes) const;

@@ -17,6 +17,8 @@ std::vector<OperatorEntry> ChannelOperators();
 std::vector<OperatorEntry> FilterOperators();
 std::vector<OperatorEntry> RankFilterOperators();
 std::vector<OperatorEntry> StarFilterOperators();
+std::vector<OperatorEntry> GeometryOperators();
+std::vector<OperatorEntry> ResampleOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>
@@ -41,6 +43,10 @@ Parameter Real(std::string name, std::string unit, double least, double most, do
 Parameter Integer(std::string name, std::string unit, int least, int most, int byDefault, std::string help);
 Parameter Flag(std::string name, std::string help);
 Parameter Choice(std::string name, std::vector<std::string> choices, std::string help);
+
+// An operator on whole images that moves their samples: positions and standard points do not outlast it. Units and
+// ticks are the rows of every plane of the result.
+OperatorEntry OfMovedSamples(std::string name, std::string title);
 
 // "dx", "dy" and "angle" of an image that is sampled through the transform; `what` is what it is called.
 std::vector<Parameter> Placement(std::string const& what, double mostAngle);

@@ -85,6 +85,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddSplitCommand(app, context);
   AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
+  AddMapCommand(app, context);
   AddDemoCommand(app, context);
   AddRunCommand(app, context);
   AddManualCommand(app, context);

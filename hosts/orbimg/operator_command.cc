@@ -63,11 +63,9 @@ Json Describe(OperatorOptions const& options, OperatorOutcome const& outcome) {
   for (int p = 0; p < image.GetPlanes(); ++p) {
     levels.push_back(Json{{"black", image.GetLevelMin(p)}, {"white", image.GetLevelMax(p)}});
   }
-  return Json{{"file", options.output},
-              {"operator", entry.name},
-              {"parameters", parameters},
-              {"results", results},
-              {"levels", levels}};
+  return Json{
+      {"file", options.output},   {"operator", entry.name}, {"width", image.GetWidth()}, {"height", image.GetHeight()},
+      {"parameters", parameters}, {"results", results},     {"levels", levels}};
 }
 
 void Print(OperatorOptions const& options, OperatorOutcome const& outcome, CommandContext& context) {
@@ -114,10 +112,14 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   if (entry.takesRectangle) {
     command->add_option("--rect", job.rect, "Change only what lies within left top right bottom")->expected(4);
   }
+  if (entry.cutsToRectangle) {
+    command->add_option("--rect", job.rect, "Keep what lies within left top right bottom")->expected(4)->required();
+  }
   command->add_option("-o,--output", options->output, "FITS file to write")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) of the result through its levels");
   command->add_flag("--json", options->json, "Print JSON");
-  AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = false});
+  AddCommonOptions(*command, options->common,
+                   {.writes = true, .runsParallel = true, .usesBands = entry.sizeOfResult != nullptr});
   command->callback(
       [options, &context] { context.run = [options, &context] { RunOperatorCommand(*options, context); }; });
 }

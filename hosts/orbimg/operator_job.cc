@@ -40,6 +40,10 @@ double ValueOf(Parameter::Follows what, COrbImage const& image) {
       return 0.5 * (image.GetWidth() - 1);
     case Parameter::Follows::kMiddleRow:
       return 0.5 * (image.GetHeight() - 1);
+    case Parameter::Follows::kWidth:
+      return image.GetWidth();
+    case Parameter::Follows::kHeight:
+      return image.GetHeight();
     case Parameter::Follows::kNothing:
       break;
   }
@@ -120,6 +124,20 @@ void SetTables(CurveSet const& curves, std::string const& file, Invocation& call
   call.tables = curves.TablesFor(planes);
 }
 
+// An image that would grow beyond what the user gives for samples: better refused than begun.
+void CheckMemory(OperatorEntry const& entry, Invocation const& call, std::string const& file,
+                 Environment const& environment) {
+  ImageSize const size = entry.SizeOf(call);
+  double const samples = static_cast<double>(size.width) * static_cast<double>(size.height) * call.image->GetPlanes();
+  double const bytes = samples * sizeof(float);
+  bool const grows = samples > static_cast<double>(call.image->GetPixelCount());
+  if (!grows || bytes <= static_cast<double>(environment.memory)) return;
+  throw HostError(
+      Exit::kResources,
+      fmt::format("--memory: {}: the result of {} x {} takes {}; give at least {:.0f}K, or check its size", file,
+                  size.width, size.height, FormatBytes(static_cast<std::int64_t>(bytes)), std::ceil(bytes / 1024.0)));
+}
+
 }  // namespace
 
 std::vector<double> StartingValues(OperatorEntry const& entry) {
@@ -137,6 +155,7 @@ bool TakesSourceFile(OperatorEntry const& entry) {
 void RunChecked(OperatorEntry const& entry, Invocation call, std::string const& file, Environment& environment) {
   std::string const wrong = CheckInvocation(entry, call);
   if (!wrong.empty()) throw HostError(Exit::kUsage, fmt::format("{}: {}", file, wrong));
+  if (entry.sizeOfResult != nullptr) CheckMemory(entry, call, file, environment);
   OperatorProgress progress(environment.progress, Capitalised(entry.name));
   call.image->SetProgressHandle(&progress);
   int const result = RunInBands(entry, call, environment.threads);
@@ -155,6 +174,7 @@ void RunOperator(OperatorJob const& job, Environment& environment, OperatorOutco
   CallImages images(job, outcome, environment);
   if (takesCurves) SetTables(curves, job.input, images.call);
   RunChecked(*job.entry, images.call, job.input, environment);
+  if (job.entry->changes.geometry) outcome.frame.header.RemoveWcs();
   COrbImage& result = outcome.frame.image;
   // Values within the extrema of the source, which are the levels that the operator gave it.
   if (job.entry->changes.sourceLevels) {

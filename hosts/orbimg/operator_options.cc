@@ -21,6 +21,10 @@ std::string DefaultText(Parameter const& parameter) {
       return "the middle column";
     case Parameter::Follows::kMiddleRow:
       return "the middle row";
+    case Parameter::Follows::kWidth:
+      return "the width of the image";
+    case Parameter::Follows::kHeight:
+      return "the height of the image";
     case Parameter::Follows::kNothing:
       break;
   }

@@ -234,6 +234,9 @@ class ORBIMG_API COrbImage : public CImage {
   // Shows a text of the table in a box of the progress window, or of the thread's main window if that is null; nothing
   // where there is neither. Style 0: a plain box with OK; 64: with the information icon.
   void ShowMessageBox(int id, unsigned style);
+  // For operators that change the size: new samples, of no defined value. With `progress` the store shows its own work
+  // in the progress window under message 6111. 0 for lack of memory and for a size below 0; size and samples then stay.
+  int Resize(int newWidth, int newHeight, int progress);
 
  private:
   friend struct OrbTestAccess;

@@ -1,4 +1,4 @@
-// Between mono and colour, and the row shift.
+// Between mono and colour, the row shift, another size.
 #include <cstdint>
 #include <cstring>
 
@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int kChangingPlanes = 6170;
+constexpr int kChangingSize = 6111;
 constexpr int kToGray = 6129;
 constexpr int kToColor = 6130;
 
@@ -33,6 +34,11 @@ int COrbImage::ToColor() {
   if (ChangePlanes(3, progressWnd, LoadString(kChangingPlanes)) == 0) return 0;
   for (int p = 0; p < 3; ++p) SetLevel(p, min, max);
   return 1;
+}
+
+int COrbImage::Resize(int newWidth, int newHeight, int progress) {
+  if (progress == 0) return ChangeSize(newWidth, newHeight, nullptr, nullptr);
+  return ChangeSize(newWidth, newHeight, progressWnd, LoadString(kChangingSize));
 }
 
 int COrbImage::ToColor(COrbImage* src, int progress) {

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
+#include <orbimg/core/cell_row_kernels.h>
 #include <orbimg/core/level.h>
 #include <orbimg/core/row_kernel.h>
 #include <orbimg/core/shifted_row_kernels.h>
@@ -11,22 +11,11 @@
 
 namespace {
 
-// Where the cells of a plane lie, for columns that find theirs one by one.
-struct PlaneShape {
-  int width;
-  int height;
-
-  int LastColumnCell() const { return std::max(width - 2, 0); }
-  int LastRowCell() const { return std::max(height - 2, 0); }
-  std::ptrdiff_t NextColumn() const { return width > 1 ? 1 : 0; }
-  std::ptrdiff_t NextRow() const { return height > 1 ? width : 0; }
-};
-
 // sx = (along x - row x) * scale + cx, sy = cy - (along y + row y) * scale: inside positions, then FindCell without its
 // branches. A position held at the last sample has a fraction of 1 in the cell before.
 ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY, double rowX, double rowY, double scale,
-                                     double cx, double cy, PlaneShape shape, std::ptrdiff_t count, double* fractionX,
-                                     double* fractionY, std::ptrdiff_t* offsets) {
+                                     double cx, double cy, orb::PlaneShape shape, std::ptrdiff_t count,
+                                     double* fractionX, double* fractionY, std::ptrdiff_t* offsets) {
   double const lastX = shape.width - 1;
   double const lastY = shape.height - 1;
   int const lastColumnCell = shape.LastColumnCell();
@@ -44,83 +33,6 @@ ORB_ROW_KERNEL void LocateRotatedRow(double const* alongX, double const* alongY,
     fractionY[i] = y - row;
     offsets[i] = row * width + column;
   }
-}
-
-// Columns that are gathered before they are interpolated, so that only the gathering goes column by column.
-constexpr std::ptrdiff_t kBlock = 64;
-
-// Two samples beside each other, which are read and written as one.
-struct Neighbours {
-  float left;
-  float right;
-};
-
-// A plane, where the cells of a row's columns begin in it, and how far from there the rest of a cell lies.
-struct CellsOfRow {
-  float const* samples;
-  std::ptrdiff_t const* offsets;
-  std::ptrdiff_t nextColumn;  // 0 or 1
-  std::ptrdiff_t nextRow;
-  std::ptrdiff_t ahead;  // what is asked for beforehand
-
-  // The cells of `count` columns from `first` on.
-  void Gather(std::ptrdiff_t first, std::ptrdiff_t count, Neighbours* above, Neighbours* below) const {
-    if (nextColumn == 0) {
-      for (std::ptrdiff_t i = 0; i < count; ++i) {
-        float const* const a = samples + offsets[first + i];
-        above[i] = Neighbours{a[0], a[0]};
-        below[i] = Neighbours{a[nextRow], a[nextRow]};
-      }
-      return;
-    }
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-      float const* const a = samples + offsets[first + i];
-      std::memcpy(&above[i], a, sizeof(Neighbours));
-      std::memcpy(&below[i], a + nextRow, sizeof(Neighbours));
-    }
-  }
-
-  // A turned row crosses many rows of the plane, too many for the processor to see where the next ones go on. What is
-  // asked for may lie beyond the plane, which does no harm.
-  void AskAhead(std::ptrdiff_t first, std::ptrdiff_t count) const {
-    for (std::ptrdiff_t i = 0; i < count; i += orb::kColumnsPerCacheLine / 2) {
-      __builtin_prefetch(samples + offsets[first + i] + ahead, 0);
-    }
-  }
-};
-
-template <typename Sample>
-[[gnu::always_inline]] inline void InterpolateCells(CellsOfRow const& cells, double const* fractionX,
-                                                    double const* fractionY, std::ptrdiff_t count, Sample* out) {
-  Neighbours above[kBlock];
-  Neighbours below[kBlock];
-  for (std::ptrdiff_t first = 0; first < count; first += kBlock) {
-    std::ptrdiff_t const n = std::min(kBlock, count - first);
-    cells.AskAhead(first, n);
-    cells.Gather(first, n, above, below);
-    double const* const fx = fractionX + first;
-    double const* const fy = fractionY + first;
-    Sample* const o = out + first;
-    ORB_COLUMNS_INDEPENDENT
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
-      double const f = fx[i];
-      double const g = fy[i];
-      double const a0 = above[i].left;
-      double const between = orb::InterpolateCell(a0, above[i].right, below[i].left, below[i].right, f, g);
-      // Neither fraction is negative, so their sum is 0 only where both are.
-      o[i] = static_cast<Sample>(f + g == 0.0 ? a0 : between);
-    }
-  }
-}
-
-ORB_ROW_KERNEL void InterpolateCellsRow(CellsOfRow const& cells, double const* fractionX, double const* fractionY,
-                                        std::ptrdiff_t count, float* out) {
-  InterpolateCells(cells, fractionX, fractionY, count, out);
-}
-
-ORB_ROW_KERNEL void InterpolateCellsRow(CellsOfRow const& cells, double const* fractionX, double const* fractionY,
-                                        std::ptrdiff_t count, double* out) {
-  InterpolateCells(cells, fractionX, fractionY, count, out);
 }
 
 ORB_ROW_KERNEL void To256Row(double* values, std::ptrdiff_t count, orb::Level level) {

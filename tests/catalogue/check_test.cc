@@ -91,6 +91,11 @@ TEST_F(Check, Rectangles) {
   EXPECT_EQ("invert: the rectangle 20,0 to 30,9 lies outside the image of 20 x 10",
             Spoilt("invert", 1, with(20, 0, 30, 9)));
   EXPECT_EQ("dark: takes no rectangle: it works on the whole image", Spoilt("dark", 1, with(0, 0, 5, 5)));
+  EXPECT_EQ("", Spoilt("crop", 3, with(0, 0, 20, 10)));
+  EXPECT_EQ("crop: the rectangle 5,5 to 5,9 is empty; right and bottom lie one past the last pixel",
+            Spoilt("crop", 1, with(5, 5, 5, 9)));
+  EXPECT_EQ("crop: the rectangle 5,5 to 21,9 goes beyond the image of 20 x 10; it must lie within",
+            Spoilt("crop", 1, with(5, 5, 21, 9)));
 }
 
 TEST_F(Check, Values) {

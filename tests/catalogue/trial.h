@@ -35,7 +35,7 @@ class Trial {
         source(RandomImage(random, width, height, way.sourcePlanes)),
         second(RandomImage(random, width + 3, std::max(height - 1, 1), way.secondPlanes)) {
     if (entry.TakesFrames()) AddFrames(random, width, height, way.secondPlanes);
-    if (entry.sourceShape == host::SourceShape::kAny) {
+    if (entry.sourceShape == host::SourceShape::kAny || entry.sourceShape == host::SourceShape::kAnySize) {
       source = RandomImage(random, width + 1, std::max(height - 2, 1), way.sourcePlanes);
     }
     for (COrbImage* each : Images()) {
@@ -44,6 +44,8 @@ class Trial {
       each->SetStdCtr(width / 2.0, height / 2.0);
     }
     call.image = &image;
+    cut = CRect(width / 3, height / 4, width - width / 5, height - height / 6);
+    if (entry.cutsToRectangle) call.rect = &cut;
     if (entry.sourceShape != host::SourceShape::kNone) call.source = &source;
     if (entry.needsSecond) call.second = &second;
     call.values = way.values;
@@ -78,6 +80,7 @@ class Trial {
   COrbImage second;
   std::vector<COrbImage> frames;
   std::vector<double> results;
+  CRect cut;
   host::Invocation call;
 
  private:
@@ -119,13 +122,16 @@ inline std::vector<std::vector<double>> ValueSets(host::OperatorEntry const& ent
     host::Parameter const& parameter = entry.parameters[i];
     if (parameter.kind == Kind::kReal && parameter.unit == "pixels") moved[i] = i % 2 == 0 ? 1.25 : -2.0;
     if (parameter.kind == Kind::kReal && parameter.unit == "degrees") moved[i] = 3.5;
-    if (parameter.kind == Kind::kInteger) moved[i] = std::min(parameter.most, 20.0);
+    // One that a size hangs on keeps near what suits small images.
+    double const other = entry.sizeOfResult != nullptr ? moved[i] + 1.0 : 20.0;
+    if (parameter.kind == Kind::kInteger) moved[i] = std::min(parameter.most, other);
   }
   if (moved != sets[0]) sets.push_back(moved);
   for (std::size_t i = 0; i < moved.size(); ++i) {
     host::Parameter const& parameter = entry.parameters[i];
     if (parameter.kind != Kind::kChoice && parameter.kind != Kind::kFlag) continue;
     for (double v = 1.0; v <= parameter.most; ++v) {
+      if (v == moved[i]) continue;  // a choice whose default is not the first
       sets.push_back(moved);
       sets.back()[i] = v;
     }

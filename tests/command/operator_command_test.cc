@@ -236,6 +236,31 @@ TEST_F(OperatorTest, PreviewIsTheResultThroughItsLevels) {
   }
 }
 
+// What a file says of positions in the sky does not hold for samples that have moved.
+TEST_F(OperatorTest, CoordinatesGoWhereSamplesMove) {
+  host::Frame frame = ReadFrame(Name(3));
+  frame.header.SetNumber("CRPIX1", 12.0, "");
+  frame.header.SetText("CTYPE1", "RA---TAN", "");
+  WriteFrame(folder / "sky.fits", frame.image, frame.header);
+  CImgCrop expected;
+  expected.CopyImage(frame.image, nullptr, nullptr);
+  ASSERT_EQ(1, expected.Do(CRect(3, 5, 30, 21), &frame.image, 0));
+  CommandResult const result = RunQuietly(
+      {"transform", "crop", folder / "sky.fits", "--rect", "3", "5", "30", "21", "--json", "-o", folder / "out.fits"});
+  ASSERT_TRUE(Succeeds(result));
+  EXPECT_EQ(27, Json::parse(result.out)["width"]);
+  EXPECT_EQ(16, Json::parse(result.out)["height"]);
+  host::Frame const written = ReadFrame(folder / "out.fits");
+  EXPECT_TRUE(SameBits(expected, written.image));
+  EXPECT_TRUE(SameLevels(expected, written.image));
+  EXPECT_FALSE(written.header.Has("CRPIX1"));
+  EXPECT_FALSE(written.header.Has("CTYPE1"));
+  EXPECT_EQ("M 51", written.header.Text("OBJECT"));
+  EXPECT_EQ("orbimg transform crop: rectangle 3 5 30 21", written.header.Text("HISTORY"));
+  ASSERT_TRUE(Succeeds(Apply("invert", folder / "sky.fits", {"-f"})));
+  EXPECT_TRUE(ReadFrame(folder / "out.fits").header.Has("CRPIX1"));
+}
+
 TEST_F(OperatorTest, PrintsJson) {
   CommandResult const result = Apply("lab-enhance", Name(3), {"--red-gain", "2", "--json"});
   ASSERT_TRUE(Succeeds(result));
@@ -310,7 +335,7 @@ TEST(OperatorGroups, RunWithTheirDefaults) {
   Random random(2);
   WriteFrame(folder / "mono.fits", RandomImage(random, 24, 20, 1));
   WriteFrame(folder / "colour.fits", RandomImage(random, 24, 20, 3));
-  for (char const* group : {"apply", "filter"}) {
+  for (char const* group : {"apply", "filter", "transform"}) {
     for (OperatorEntry const* entry : host::OperatorsOf(group)) {
       bool isDone = false;
       for (char const* file : {"mono.fits", "colour.fits"}) {
@@ -318,6 +343,7 @@ TEST(OperatorGroups, RunWithTheirDefaults) {
         if (host::TakesSourceFile(*entry))
           arguments.insert(arguments.end(), {host::OptionName(entry->sourceName), folder / file});
         if (!entry->tables.empty()) arguments.insert(arguments.end(), {"--preset", "linear"});
+        if (entry->cutsToRectangle) arguments.insert(arguments.end(), {"--rect", "2", "3", "20", "15"});
         if (entry->needsSecond) arguments.insert(arguments.end(), {"--second", folder / file});
         CommandResult const result = RunQuietly(arguments);
         isDone = isDone || result.status == Exit::kDone;

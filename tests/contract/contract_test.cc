@@ -19,11 +19,13 @@ class Contract : public testing::TestWithParam<Way> {
   Random random{17};
 };
 
-// Operators with a rectangle; those that also write samples; those that may run in place; those that take frames.
+// Operators with a rectangle; those that also write samples; those that may run in place; those that take frames; those
+// that change the size.
 class RectangleContract : public Contract {};
 class FramesContract : public Contract {};
 class WritingContract : public Contract {};
 class InPlaceContract : public Contract {};
+class SizeContract : public Contract {};
 
 // The positions that a run of `units` units sends in `ticks` ticks.
 std::vector<int> PositionsOf(int units, int ticks) {
@@ -70,6 +72,8 @@ testing::AssertionResult SamePoints(COrbImage& expected, COrbImage& actual) {
 TEST_P(WritingContract, JunkOutsideTheRectangleStays) {
   for (RectCase& c : RectCases(40, 31)) {
     Trial trial(GetParam(), random, 40, 31);
+    Bounds const bounds = ClampRect(c.Pointer(), 40, 31);
+    CRect const mayChange(bounds.left, bounds.top, bounds.right + Entry().overdraw, bounds.bottom + Entry().overdraw);
     FillJunk(trial.image);
     COrbImage const before(trial.image);
     trial.call.rect = c.Pointer();
@@ -77,7 +81,7 @@ TEST_P(WritingContract, JunkOutsideTheRectangleStays) {
     auto const old = SamplesOf(before);
     auto const now = SamplesOf(trial.image);
     for (std::size_t i = 0; i < old.size(); ++i) {
-      if (IsWritten(trial, c.Pointer(), i)) continue;
+      if (IsWritten(trial, &mayChange, i)) continue;
       ASSERT_EQ(old[i], now[i]) << c.name << " at " << i % 40 << ',' << i / 40 % 31;
     }
   }
@@ -232,15 +236,35 @@ TEST_P(Contract, SourcesStayAsTheyAre) {
 TEST_P(Contract, ChangesOnlyWhatIsListed) {
   Trial trial(GetParam(), random, 21, 14);
   COrbImage before(trial.image);
+  host::ImageSize const size = Entry().SizeOf(trial.call);
   trial.Run();
-  EXPECT_TRUE(SamePoints(before, trial.image));
+  EXPECT_EQ(size.width, trial.image.GetWidth());
+  EXPECT_EQ(size.height, trial.image.GetHeight());
+  if (Entry().changes.points) {
+    EXPECT_EQ(0, trial.image.GetStdPtNum());
+  } else {
+    EXPECT_TRUE(SamePoints(before, trial.image));
+  }
   EXPECT_EQ(Entry().changes.planes, before.GetPlanes() != trial.image.GetPlanes());
   if (!Entry().changes.planes) {
-    EXPECT_EQ(!Entry().changes.levels, static_cast<bool>(SameLevels(before, trial.image)));
+    EXPECT_EQ(!Entry().ChangesLevels(trial.call), static_cast<bool>(SameLevels(before, trial.image)));
     EXPECT_EQ(!Entry().changes.samples, static_cast<bool>(SameBits(before, trial.image)));
   } else {
     EXPECT_EQ(before.GetLevelMin(0), trial.image.GetLevelMin(0));
     EXPECT_EQ(before.GetLevelMax(0), trial.image.GetLevelMax(0));
+  }
+}
+
+TEST_P(SizeContract, WhatTheImageHeldBeforeIsWithoutEffect) {
+  for (int width : {9, 40}) {
+    Random other(random);
+    Trial copy(GetParam(), random, width, 21);
+    Trial junk(GetParam(), other, width, 21);
+    FillJunk(junk.image);
+    copy.Run();
+    junk.Run();
+    SCOPED_TRACE(width);
+    ExpectSameOutcome(copy, junk);
   }
 }
 
@@ -306,6 +330,9 @@ INSTANTIATE_TEST_SUITE_P(EveryOperator, WritingContract, testing::ValuesIn(WaysO
                          NameOfWay);
 INSTANTIATE_TEST_SUITE_P(EveryOperator, FramesContract,
                          testing::ValuesIn(WaysOf([](Way const& way) { return way.entry->TakesFrames(); })), NameOfWay);
+INSTANTIATE_TEST_SUITE_P(EveryOperator, SizeContract,
+                         testing::ValuesIn(WaysOf([](Way const& way) { return way.entry->sizeOfResult != nullptr; })),
+                         NameOfWay);
 INSTANTIATE_TEST_SUITE_P(EveryOperator, InPlaceContract, testing::ValuesIn(WaysOf([](Way const& way) {
                            return way.entry->mayRunInPlace && way.planes == way.sourcePlanes;
                          })),
