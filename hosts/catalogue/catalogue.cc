@@ -23,6 +23,8 @@ constexpr Room kRooms[] = {
     {FilterOperators, "filter"},
     {RankFilterOperators, "filter"},
     {StarFilterOperators, "filter"},
+    {MemOperators, "restore"},
+    {RestorationOperators, "restore"},
 };
 
 }  // namespace

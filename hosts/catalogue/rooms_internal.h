@@ -17,6 +17,8 @@ std::vector<OperatorEntry> ChannelOperators();
 std::vector<OperatorEntry> FilterOperators();
 std::vector<OperatorEntry> RankFilterOperators();
 std::vector<OperatorEntry> StarFilterOperators();
+std::vector<OperatorEntry> MemOperators();
+std::vector<OperatorEntry> RestorationOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>

@@ -24,6 +24,7 @@ struct Group {
 constexpr Group kGroups[] = {
     {"apply", "Change the tone or the colours of an image"},
     {"filter", "Blur, sharpen or clean an image"},
+    {"restore", "Sharpen an image by deconvolution"},
     {"transform", "Move the samples of an image or change its size"},
     {"sky", "Work on the sky of an image"},
 };

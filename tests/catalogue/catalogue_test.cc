@@ -47,10 +47,12 @@ TEST(Catalogue, HasEveryOperator) {
                                    "level-area",
                                    "level-mean",
                                    "level-median",
+                                   "lucy",
                                    "match",
                                    "mean",
                                    "mean-off-edges",
                                    "median",
+                                   "mem",
                                    "minmax",
                                    "mosaic",
                                    "nebula-smooth",
@@ -67,7 +69,8 @@ TEST(Catalogue, HasEveryOperator) {
                                    "sharpen-edges",
                                    "star-enhance",
                                    "star-sharp",
-                                   "unsharp"}),
+                                   "unsharp",
+                                   "wiener"}),
             names);
 }
 
