@@ -21,6 +21,8 @@ std::string DefaultText(Parameter const& parameter) {
       return "the middle column";
     case Parameter::Follows::kMiddleRow:
       return "the middle row";
+    case Parameter::Follows::kNoise:
+      return "the noise that orbimg info gives";
     case Parameter::Follows::kNothing:
       break;
   }
