@@ -51,7 +51,7 @@ std::vector<OperatorEntry> MemOperators() {
   entry.parameters = {
       Real("sigma", "pixels", 0.5, 10.0, 1.5, "sigma of the gaussian that a point was blurred to"),
       Real("noise", "raw units", 1e-6, 1e9, 10.0, "standard deviation of the noise; smaller is sharper and grainier"),
-      Integer("iterations", "", 1, 10000, 30, "the most iterations; it stops earlier where the steps become small"),
+      Integer("iterations", "", 1, 10000, 50, "at most; fewer where the steps become small"),
   };
   entry.parameters[kSigma].ofBlur = 1.0;
   entry.parameters[kNoise].follows = Parameter::Follows::kNoise;

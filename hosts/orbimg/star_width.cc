@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
@@ -65,28 +64,6 @@ std::optional<Moments> MomentsAbout(COrbImage const& clean, Profile const& weigh
   return m;
 }
 
-// A gaussian star of width s under a gaussian weight of width w is a gaussian of 1/(1/s^2 + 1/w^2), and the moments
-// about a centre that is off by d show half of d where w = s.
-std::optional<double> MeasureSigma(COrbImage const& clean, Star const& star) {
-  Profile profile{{star.x, star.y}, kFirstSigma};
-  for (int step = 0; step < kMostSteps; ++step) {
-    std::optional<Moments> const m = MomentsAbout(clean, profile);
-    if (!m || !(m->r2 > 0.0)) return std::nullopt;
-    double const inverse = 1.0 / m->r2 - 1.0 / (profile.sigma * profile.sigma);
-    if (!(inverse > 0.0)) return std::nullopt;
-    double const sigma = 1.0 / std::sqrt(inverse);
-    if (sigma < kLeastSigma || sigma > kMostSigma) return std::nullopt;
-    bool const isSettled = std::abs(sigma - profile.sigma) < kSettled;
-    // Half of the way: light of neighbours can make the full step swing.
-    profile.sigma = 0.5 * (profile.sigma + sigma);
-    profile.centre.x += m->x;
-    profile.centre.y += m->y;
-    if (SquaredDistance(profile.centre, {star.x, star.y}) > sigma * sigma) return std::nullopt;
-    if (isSettled) return sigma;
-  }
-  return std::nullopt;
-}
-
 // A table of the stars' places says nothing of their peaks.
 void SetPeaks(COrbImage const& clean, std::vector<Star>& stars) {
   for (Star& star : stars) {
@@ -117,11 +94,33 @@ bool IsTextTable(std::string const& path) {
 
 }  // namespace
 
+// A gaussian star of width s under a gaussian weight of width w is a gaussian of 1/(1/s^2 + 1/w^2), and the moments
+// about a centre that is off by d show half of d where w = s.
+std::optional<double> MeasureSigma(COrbImage const& clean, Position const& star) {
+  Profile profile{star, kFirstSigma};
+  for (int step = 0; step < kMostSteps; ++step) {
+    std::optional<Moments> const m = MomentsAbout(clean, profile);
+    if (!m || !(m->r2 > 0.0)) return std::nullopt;
+    double const inverse = 1.0 / m->r2 - 1.0 / (profile.sigma * profile.sigma);
+    if (!(inverse > 0.0)) return std::nullopt;
+    double const sigma = 1.0 / std::sqrt(inverse);
+    if (sigma < kLeastSigma || sigma > kMostSigma) return std::nullopt;
+    bool const isSettled = std::abs(sigma - profile.sigma) < kSettled;
+    // Half of the way: light of neighbours can make the full step swing.
+    profile.sigma = 0.5 * (profile.sigma + sigma);
+    profile.centre.x += m->x;
+    profile.centre.y += m->y;
+    if (SquaredDistance(profile.centre, star) > sigma * sigma) return std::nullopt;
+    if (isSettled) return sigma;
+  }
+  return std::nullopt;
+}
+
 StarWidth MeasureStarWidth(COrbImage const& image, std::vector<Star> const& stars) {
   COrbImage const clean = CleanFrame(image, StarFinderSettings().cellSide);
   std::vector<double> sigmas;
   for (Star const& star : ChooseStars(clean, stars)) {
-    if (std::optional<double> const sigma = MeasureSigma(clean, star)) sigmas.push_back(*sigma);
+    if (std::optional<double> const sigma = MeasureSigma(clean, {star.x, star.y})) sigmas.push_back(*sigma);
   }
   if (sigmas.empty()) return {};
   auto const middle = sigmas.begin() + static_cast<std::ptrdiff_t>(sigmas.size() / 2);

@@ -1,6 +1,7 @@
 // How wide stars are: the blur that a restoration has to take away.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,13 @@ struct StarWidth {
   std::string StarsText() const { return std::to_string(stars) + (stars == 1 ? " star" : " stars"); }
 };
 
-// Each star by its moments under a gaussian weight that is made as wide as the star itself: on a gaussian they give its
-// sigma, and noise and far wings count little. The fifty brightest are taken, without those near the brightest peak,
-// which may be saturated; of fewer than five the brightest alone. No stars: 0 of them.
+// Sigma, in pixels, of the gaussian that fits a star best, by the moments of its first plane under a gaussian weight
+// that is made as wide as the star itself: noise and far wings count little. The sky of `clean` is 0. Nothing where
+// that comes to no end within the image, or leaves the star.
+std::optional<double> MeasureSigma(COrbImage const& clean, Position const& star);
+
+// Of the fifty brightest stars, without those near the brightest peak, which may be saturated; of fewer than five the
+// brightest alone. No stars: 0 of them.
 StarWidth MeasureStarWidth(COrbImage const& image, std::vector<Star> const& stars);
 
 // The same with the stars from a file: a table of stars (.json, as orbimg stars --json prints it; .csv or .txt, lines
