@@ -14,8 +14,9 @@ namespace orb::host {
 namespace {
 
 constexpr std::size_t kMostStars = 50;
-constexpr std::size_t kLeastStars = 5;   // of fewer the brightest alone is taken: the rest may be grains of its halo
+constexpr std::size_t kLeastStars = 5;   // of fewer the brightest alone is taken
 constexpr double kNearSaturation = 0.7;  // of the brightest peak
+constexpr double kFaint = 0.02;          // of the brightest peak: fainter ones may be grains of its halo
 constexpr double kFirstSigma = 1.5;      // pixels
 constexpr double kLeastSigma = 0.3;      // pixels: less is a single sample
 constexpr double kMostSigma = 20.0;      // pixels: more is no star
@@ -76,6 +77,10 @@ void SetPeaks(COrbImage const& clean, std::vector<Star>& stars) {
 std::vector<Star> ChooseStars(COrbImage const& clean, std::vector<Star> stars) {
   SetPeaks(clean, stars);
   std::stable_sort(stars.begin(), stars.end(), [](Star const& a, Star const& b) { return a.peak > b.peak; });
+  if (!stars.empty()) {
+    double const least = kFaint * stars.front().peak;
+    std::erase_if(stars, [&](Star const& s) { return s.peak < least; });
+  }
   if (stars.size() < kLeastStars) {
     stars.resize(std::min<std::size_t>(stars.size(), 1));
     return stars;
@@ -123,9 +128,9 @@ StarWidth MeasureStarWidth(COrbImage const& image, std::vector<Star> const& star
     if (std::optional<double> const sigma = MeasureSigma(clean, {star.x, star.y})) sigmas.push_back(*sigma);
   }
   if (sigmas.empty()) return {};
-  auto const middle = sigmas.begin() + static_cast<std::ptrdiff_t>(sigmas.size() / 2);
-  std::nth_element(sigmas.begin(), middle, sigmas.end());
-  return {*middle, static_cast<int>(sigmas.size())};
+  auto const quarter = sigmas.begin() + static_cast<std::ptrdiff_t>(sigmas.size() / 4);
+  std::nth_element(sigmas.begin(), quarter, sigmas.end());
+  return {*quarter, static_cast<int>(sigmas.size())};
 }
 
 StarWidth MeasureBlur(std::string const& from, COrbImage const& image, std::string const& imageFile) {

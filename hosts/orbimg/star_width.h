@@ -12,7 +12,7 @@
 namespace orb::host {
 
 struct StarWidth {
-  double sigma = 0.0;  // pixels, of the gaussian that fits a star best: the median over the stars
+  double sigma = 0.0;  // pixels, of the gaussian that fits a star best: a quarter of the stars is narrower
   int stars = 0;       // that were measured
 
   double Fwhm() const { return 2.3548200450309493 * sigma; }
@@ -25,8 +25,9 @@ struct StarWidth {
 // that comes to no end within the image, or leaves the star.
 std::optional<double> MeasureSigma(COrbImage const& clean, Position const& star);
 
-// Of the fifty brightest stars, without those near the brightest peak, which may be saturated; of fewer than five the
-// brightest alone. No stars: 0 of them.
+// Of the fifty brightest stars, without those near the brightest peak, which may be saturated, and those below a
+// fiftieth of it; of fewer than five the brightest alone. The width is one that a quarter of them falls below, because
+// galaxies, knots and pairs, which pass for stars, are wider than stars are. No stars: 0 of them.
 StarWidth MeasureStarWidth(COrbImage const& image, std::vector<Star> const& stars);
 
 // The same with the stars from a file: a table of stars (.json, as orbimg stars --json prints it; .csv or .txt, lines

@@ -70,6 +70,19 @@ TEST(StarWidth, OfFewStarsTheBrightestCounts) {
   EXPECT_NEAR(1.8, width.sigma, 0.03);
 }
 
+TEST(StarWidth, GrainsOfAHaloAreNoStars) {
+  COrbImage image = SkyImage(200, 200, 500.0, 0.1, 3);
+  AddGaussian(image, 100.0, 100.0, 10000.0, kWidthOfSigma * 1.8);
+  std::vector<Star> stars{Star{100.0, 100.0, 0.0, 0.0}};
+  for (double const x : {30.0, 60.0, 90.0, 120.0, 150.0, 170.0}) {
+    AddGaussian(image, x, 40.0, 150.0, kWidthOfSigma * 4.0);
+    stars.push_back(Star{x, 40.0, 0.0, 0.0});
+  }
+  StarWidth const width = host::MeasureStarWidth(image, stars);
+  EXPECT_EQ(1, width.stars);
+  EXPECT_NEAR(1.8, width.sigma, 0.03);
+}
+
 TEST(StarWidth, PlacesOutsideTheImageAndEmptySkyAreNoStars) {
   COrbImage image = SkyImage(200, 200, 500.0, 0.0, 3);
   std::vector<Star> const stars{Star{-50.0, 1e9, 0.0, 0.0}, Star{100.0, 100.0, 0.0, 0.0}, Star{199.0, 0.0, 0.0, 0.0}};
