@@ -1,5 +1,6 @@
 #include <hosts/orbimg/operator_job.h>
 
+#include <algorithm>
 #include <cmath>
 #include <new>
 #include <optional>
@@ -156,6 +157,22 @@ std::string ReasonOfFailure(OperatorEntry const& entry, OperatorProgress const& 
   return entry.results.empty() ? "not enough memory; close other programs" : "finds no result in this image";
 }
 
+constexpr int kFewIterations = 4;  // the first ones of Richardson and Lucy begin from an even image
+
+// A restoration that is over at once has found the data to lie within the noise that it was told, and blurs them more
+// than it sharpens them.
+void WarnOfEarlyEnd(OperatorJob const& job, OperatorOutcome const& outcome, Environment& environment) {
+  int const place = job.entry->Find("adu");
+  if (place < 0 || outcome.iterations.empty()) return;
+  int const asked = static_cast<int>(outcome.values[static_cast<std::size_t>(job.entry->Find("iterations"))]);
+  int const least = *std::min_element(outcome.iterations.begin(), outcome.iterations.end());
+  if (least >= std::min(asked, kFewIterations)) return;
+  environment.Warn(
+      fmt::format("{}: the data are met within the noise after {} iteration{}, so the result may be smoother "
+                  "than the image; give a larger --adu or a smaller --noise",
+                  job.input, least, least == 1 ? "" : "s"));
+}
+
 }  // namespace
 
 std::vector<double> StartingValues(OperatorEntry const& entry) {
@@ -194,6 +211,7 @@ void RunOperator(OperatorJob const& job, Environment& environment, OperatorOutco
   CallImages images(job, outcome, environment);
   if (takesCurves) SetTables(curves, job.input, images.call);
   outcome.iterations = RunChecked(*job.entry, images.call, job.input, environment);
+  WarnOfEarlyEnd(job, outcome, environment);
   COrbImage& result = outcome.frame.image;
   // Values within the extrema of the source, which are the levels that the operator gave it.
   if (job.entry->changes.sourceLevels) {

@@ -143,9 +143,18 @@ TEST_F(RestoreTest, TellsHowManyIterationsItTook) {
   CommandResult const result = Restore("lucy", Colour(), {"--iterations", "2", "--adu", "1000", "--noise", "1"});
   EXPECT_EQ("iterations 2 2 2\n", result.out);
   EXPECT_NE(std::string::npos, History().find("iterations 2, iterations made 2 2 2")) << History();
-  Json const early = Json::parse(Restore("lucy", Mono(), {"--noise", "1000", "--json", "-f"}).out);
-  EXPECT_EQ(std::vector<int>{1}, early["iterations"].get<std::vector<int>>());
   EXPECT_EQ("", Restore("wiener", Mono(), {"-f"}).out);
+}
+
+TEST_F(RestoreTest, WarnsWhereLucyIsOverAtOnce) {
+  CommandResult const early = Restore("lucy", Mono(), {"--noise", "1000", "--json"});
+  EXPECT_EQ(std::vector<int>{1}, Json::parse(early.out)["iterations"].get<std::vector<int>>());
+  EXPECT_TRUE(early.err.starts_with("orbimg: warning: ")) << early.err;
+  for (char const* part : {"mono.fits", "after 1 iteration,", "--adu", "--noise"}) {
+    EXPECT_NE(std::string::npos, early.err.find(part)) << early.err;
+  }
+  EXPECT_EQ("", Restore("lucy", Mono(), {"--noise", "1", "--adu", "1000", "--iterations", "2", "-f"}).err);
+  EXPECT_EQ("", Restore("lucy", Mono(), {"--noise", "1000", "--iterations", "1", "-f"}).err);
 }
 
 TEST_F(RestoreTest, ShowsAllIterationsAsOneRun) {
