@@ -1,16 +1,17 @@
 # FFTPACK, the complex transforms: cffti, cfftf, cfftb for lines of any length.
 #
-# Two kinds of build are known. One keeps its Fortran names with an underscore, works in single precision and takes every
-# argument by address; its integers have 64 or 32 bits. The other has C names, works in double precision and takes the
-# length by value, as a long.
+# Two kinds of build are known. One has C names, works in double precision and takes the length by value, as a long. It
+# keeps nothing between calls, so that threads do not meet in it, and is looked for first. The other keeps its Fortran
+# names with an underscore, works in single precision and takes every argument by address; its integers have 64 or 32
+# bits, and its loop counters are static: threads have to wait for one another.
 #
 # Target FFTPACK::FFTPACK, with the definitions
-#   ORB_FFTPACK_INTEGER   the type of the first kind's integers
-#   ORB_FFTPACK_DOUBLE    set for the second kind
+#   ORB_FFTPACK_DOUBLE    set for the first kind
+#   ORB_FFTPACK_INTEGER   the type of the second kind's integers
 include(CheckCXXSourceRuns)
 include(FindPackageHandleStandardArgs)
 
-find_library(FFTPACK_LIBRARY NAMES fftpack yor PATHS /usr/lib/iraf/bin /usr/lib/yorick/lib PATH_SUFFIXES yorick/lib)
+find_library(FFTPACK_LIBRARY NAMES yor fftpack PATHS /usr/lib/yorick/lib /usr/lib/iraf/bin PATH_SUFFIXES yorick/lib)
 
 if(FFTPACK_LIBRARY AND NOT FFTPACK_DEFINITION)
   set(CMAKE_REQUIRED_LIBRARIES ${FFTPACK_LIBRARY} m)

@@ -18,7 +18,7 @@
 #include <orbimg/restoration/fftpack_line.h>
 #include <platform/export.h>
 
-// Tables and lines of transforms of one size. One object serves one transform at a time. Memory: 4 (nx + ny) floats of
+// Tables and lines of transforms of one size. One object serves one transform at a time. Memory: 6 (nx + ny) doubles of
 // tables, and 16 columns of complex values. Lack of it is std::bad_alloc. Sizes are 1 or more.
 struct ORBIMG_API FftTables {
   FftTables(int nx, int ny);

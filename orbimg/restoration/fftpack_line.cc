@@ -1,7 +1,9 @@
 #include <orbimg/restoration/fftpack_line.h>
 
-#include <algorithm>
 #include <cstddef>
+#include <mutex>
+
+#include <orbimg/core/row_kernel.h>
 
 #ifdef ORB_FFTPACK_DOUBLE
 extern "C" {
@@ -23,6 +25,7 @@ namespace {
 
 #ifdef ORB_FFTPACK_DOUBLE
 using Real = double;
+
 void SetUp(int n, Real* table) { cffti(n, table); }
 void TransformForward(int n, void* line, void* table) { cfftf(n, static_cast<Real*>(line), static_cast<Real*>(table)); }
 void TransformBackward(int n, void* line, void* table) {
@@ -31,16 +34,30 @@ void TransformBackward(int n, void* line, void* table) {
 #else
 using Real = float;
 using Integer = ORB_FFTPACK_INTEGER;
+
+// The loop counters of this build are static: two threads in it would run past the ends of lines, or forever.
+class Turn {
+ public:
+  Turn() : lock(mutex) {}
+
+ private:
+  inline static std::mutex mutex;
+  std::lock_guard<std::mutex> lock;
+};
+
 void SetUp(int n, Real* table) {
   Integer points = n;
+  Turn const turn;
   cffti_(&points, table);
 }
 void TransformForward(int n, void* line, void* table) {
   Integer points = n;
+  Turn const turn;
   cfftf_(&points, static_cast<Real*>(line), static_cast<Real*>(table));
 }
 void TransformBackward(int n, void* line, void* table) {
   Integer points = n;
+  Turn const turn;
   cfftb_(&points, static_cast<Real*>(line), static_cast<Real*>(table));
 }
 #endif
@@ -55,6 +72,14 @@ std::size_t TableReals(int n) { return 4 * static_cast<std::size_t>(n) + kFactor
 std::size_t WorkDoubles(int n) {
   std::size_t const line = kIsWidened ? 2 * static_cast<std::size_t>(n) : 0;
   return (TableReals(n) + line) * sizeof(Real) / sizeof(double) + 1;
+}
+
+ORB_ROW_KERNEL void Widen(float const* line, std::ptrdiff_t count, Real* wide) {
+  for (std::ptrdiff_t i = 0; i < count; ++i) wide[i] = line[i];
+}
+
+ORB_ROW_KERNEL void Narrow(Real const* wide, std::ptrdiff_t count, float* line) {
+  for (std::ptrdiff_t i = 0; i < count; ++i) line[i] = static_cast<float>(wide[i]);
 }
 
 }  // namespace
@@ -73,9 +98,9 @@ void FftpackLine::Run(Transform transform, float* line) {
   if constexpr (kIsWidened) {
     std::ptrdiff_t const floats = 2 * static_cast<std::ptrdiff_t>(length);
     Real* const wide = table + TableReals(length);
-    std::copy_n(line, floats, wide);
+    Widen(line, floats, wide);
     transform(length, wide, table);
-    std::transform(wide, wide + floats, line, [](Real v) { return static_cast<float>(v); });
+    Narrow(wide, floats, line);
   } else {
     transform(length, line, table);
   }

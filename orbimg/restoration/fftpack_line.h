@@ -8,7 +8,8 @@
 namespace orb {
 
 // The work array of FFTPACK for lines of n points, and the calls on it. A transform writes to the array: one object
-// serves one thread at a time. Memory: 4 n floats and a little. Lack of it is std::bad_alloc.
+// serves one thread at a time; any number of them may be at work. Memory: 6 n doubles at most and a little. Lack of it
+// is std::bad_alloc.
 class ORBIMG_API FftpackLine {
  public:
   explicit FftpackLine(int n);

@@ -8,7 +8,7 @@
 
 namespace orb {
 
-inline constexpr std::ptrdiff_t kFourierLanes = 16;
+inline constexpr std::ptrdiff_t kFourierLanes = 32;
 inline constexpr std::ptrdiff_t kFourierValue = 2 * kFourierLanes;  // floats of one value of all lines
 
 struct FourierLines {

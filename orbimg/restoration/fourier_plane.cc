@@ -8,6 +8,7 @@
 #include <exception>
 
 #include <orbimg/restoration/fourier_kernels.h>
+#include <orbimg/restoration/plane_memory_internal.h>
 
 namespace {
 
@@ -49,7 +50,7 @@ int CFourierPlane::Create(int w, int h) {
   width = 1 << log2Width;
   height = 1 << log2Height;
   try {
-    data.assign(2 * static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0.0f);
+    orb::AssignPlane(data, 2 * static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0.0f);
   } catch (std::exception const&) {  // of memory, or of the length of an array
     return 0;
   }

@@ -106,8 +106,8 @@ int LucyAccelerate(LucyRun& run, float* step, int iteration, int percentFrom, in
   bool isTurbo = run.acceleration == kLucyTurbo && iteration >= 2;
   Direction d{step, {}, {}};
   try {
-    d.g.resize(static_cast<std::size_t>(n));
-    d.dd.resize(static_cast<std::size_t>(n));
+    d.g = MakePlane(static_cast<std::size_t>(n));
+    d.dd = MakePlane(static_cast<std::size_t>(n));
   } catch (std::bad_alloc const&) {
     return 0;
   }

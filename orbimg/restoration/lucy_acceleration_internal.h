@@ -6,6 +6,7 @@
 #include <orbimg/restoration/fft2.h>
 #include <orbimg/restoration/lucy_iteration_internal.h>
 #include <orbimg/restoration/lucy_kernels.h>
+#include <orbimg/restoration/plane_memory_internal.h>
 
 namespace orb {
 
@@ -20,8 +21,8 @@ struct LucyRun {
   int verbose;
   COrbImage* progress;
   FftTables tables{s.nx, s.ny};
-  std::vector<float> work = std::vector<float>(static_cast<std::size_t>(s.Pixels()));
-  std::vector<float> spectrum = std::vector<float>(2 * static_cast<std::size_t>(s.Pixels()));
+  std::vector<float> work = MakePlane(static_cast<std::size_t>(s.Pixels()));
+  std::vector<float> spectrum = MakePlane(2 * static_cast<std::size_t>(s.Pixels()));
 
   // False: cancelled.
   bool Show(int percent) const { return progress == nullptr || progress->ShowProgress(percent) != 0; }

@@ -6,6 +6,7 @@
 #include <orbimg/resources/message_table.h>
 #include <orbimg/restoration/lucy_acceleration_internal.h>
 #include <orbimg/restoration/plane_arithmetic_internal.h>
+#include <orbimg/restoration/plane_memory_internal.h>
 
 namespace orb {
 
@@ -137,11 +138,11 @@ int LucyIterate(LucyState* s, double adu, double noise, int iterations, double c
   StartPreparing(progress, planeNumber);
   try {
     std::size_t const pixels = static_cast<std::size_t>(s->Pixels());
-    s->model.assign(pixels, 0.0f);
-    s->psfSpectrum.assign(2 * pixels, 0.0f);
+    AssignPlane(s->model, pixels, 0.0f);
+    AssignPlane(s->psfSpectrum, 2 * pixels, 0.0f);
     if (acceleration == kLucyTurbo) {
-      s->prevModelStep.assign(pixels, 0.0f);
-      s->prevStep.assign(pixels, 0.0f);
+      AssignPlane(s->prevModelStep, pixels, 0.0f);
+      AssignPlane(s->prevStep, pixels, 0.0f);
     }
     LucyRun run{*s, {adu, noise}, data, backgroundCount, centred != 0, acceleration, verbose, progress};
     if (!Prepare(run, chiSq)) return Cancel(progress);

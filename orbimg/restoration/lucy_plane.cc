@@ -6,6 +6,7 @@
 
 #include <orbimg/restoration/lucy_iteration_internal.h>
 #include <orbimg/restoration/plane_arithmetic_internal.h>
+#include <orbimg/restoration/plane_memory_internal.h>
 
 namespace orb {
 
@@ -47,9 +48,9 @@ void Prepare(LucyState& s, float const* data, float const* psf, int psfWidth, in
   int const w = s.dataWidth;
   int const h = s.dataHeight;
   std::size_t const pixels = static_cast<std::size_t>(s.Pixels());
-  s.weight.assign(pixels, 0.0f);
-  s.norm.assign(pixels, 0.0f);
-  s.estimate.assign(pixels, 0.0f);
+  AssignPlane(s.weight, pixels, 0.0f);
+  AssignPlane(s.norm, pixels, 0.0f);
+  AssignPlane(s.estimate, pixels, 0.0f);
   s.background.assign(1, 0.0f);
   int const x0 = CentredPosition(s.nx, w);
   int const y0 = CentredPosition(s.ny, h);

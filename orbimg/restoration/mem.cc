@@ -12,6 +12,7 @@
 #include <orbimg/resources/message_table.h>
 #include <orbimg/restoration/mem_progress_internal.h>
 #include <orbimg/restoration/mem_solver.h>
+#include <platform/large_pages_internal.h>
 
 namespace {
 
@@ -33,7 +34,11 @@ enum Code { kEvenPsf = 1, kNoMemory = 7 };
 
 using Floats = std::unique_ptr<float[]>;
 
-Floats TryFloats(std::ptrdiff_t count) { return Floats(new (std::nothrow) float[static_cast<std::size_t>(count)]); }
+Floats TryFloats(std::ptrdiff_t count) {
+  Floats floats(new (std::nothrow) float[static_cast<std::size_t>(count)]);
+  if (floats) orb::AskForLargePages(floats.get(), static_cast<std::size_t>(count) * sizeof(float));
+  return floats;
+}
 
 // What a side is worked on as: the smallest power of two that holds it. 0 where an int holds none.
 int PaddedSide(int side) {

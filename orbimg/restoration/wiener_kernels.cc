@@ -1,5 +1,7 @@
 #include <orbimg/restoration/wiener_kernels.h>
 
+#include <algorithm>
+
 #include <orbimg/core/row_kernel.h>
 
 namespace orb {
@@ -17,25 +19,25 @@ namespace {
 // The smallest and the largest of many values do not hang on their order; a first value that is not a number stays in
 // every lane.
 ORB_ROW_KERNEL PowerRange FindPowerRange(float const* values, std::ptrdiff_t count) {
-  constexpr int kLanes = 16;
+  constexpr std::ptrdiff_t kBlock = 256;
+  constexpr std::ptrdiff_t kLanes = 16;
   float least[kLanes];
   float most[kLanes];
-  for (int k = 0; k < kLanes; ++k) least[k] = most[k] = PowerOf(values);
-  std::ptrdiff_t i = 0;
-  for (; i + kLanes <= count; i += kLanes) {
-    for (int k = 0; k < kLanes; ++k) {
-      float const power = PowerOf(values + 2 * (i + k));
-      least[k] = power < least[k] ? power : least[k];
-      most[k] = power > most[k] ? power : most[k];
+  float powers[kBlock];
+  for (std::ptrdiff_t k = 0; k < kLanes; ++k) least[k] = most[k] = PowerOf(values);
+  for (std::ptrdiff_t begin = 0; begin < count; begin += kBlock) {
+    std::ptrdiff_t const end = std::min(kBlock, count - begin);
+    for (std::ptrdiff_t i = 0; i < end; ++i) powers[i] = PowerOf(values + 2 * (begin + i));
+    for (std::ptrdiff_t i = end; i % kLanes != 0; ++i) powers[i] = powers[end - 1];
+    for (std::ptrdiff_t i = 0; i < end; i += kLanes) {
+      for (std::ptrdiff_t k = 0; k < kLanes; ++k) {
+        least[k] = powers[i + k] < least[k] ? powers[i + k] : least[k];
+        most[k] = powers[i + k] > most[k] ? powers[i + k] : most[k];
+      }
     }
   }
-  for (; i < count; ++i) {
-    float const power = PowerOf(values + 2 * i);
-    if (power < least[0]) least[0] = power;
-    if (power > most[0]) most[0] = power;
-  }
   PowerRange range{least[0], most[0]};
-  for (int k = 1; k < kLanes; ++k) {
+  for (std::ptrdiff_t k = 1; k < kLanes; ++k) {
     if (least[k] < range.least) range.least = least[k];
     if (most[k] > range.most) range.most = most[k];
   }

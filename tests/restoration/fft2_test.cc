@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <numeric>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -244,6 +246,30 @@ TEST(FftpackLine, KernelsHaveTheirSigns) {
   line.Backward(backward);
   EXPECT_NEAR(-std::sqrt(0.75), forward[3], 1e-6);
   EXPECT_NEAR(std::sqrt(0.75), backward[3], 1e-6);
+}
+
+// Lengths with every radix that has code of its own, and with one that has not.
+TEST(FftpackLine, ThreadsDoNotMeet) {
+  constexpr int kRounds = 4000;
+  auto const work = [](int n) {
+    orb::FftpackLine line(n);
+    std::vector<float> values(2 * static_cast<std::size_t>(n));
+    std::iota(values.begin(), values.end(), 1.0f);
+    line.Forward(values.data());
+    line.Backward(values.data());
+    return values;
+  };
+  std::vector<float> const expected[2] = {work(120), work(77)};
+  auto const countWrong = [&](int which, int n) {
+    int wrong = 0;
+    for (int i = 0; i < kRounds; ++i) wrong += work(n) == expected[which] ? 0 : 1;
+    return wrong;
+  };
+  int wrong = 0;
+  std::thread other([&] { wrong = countWrong(0, 120); });
+  EXPECT_EQ(0, countWrong(1, 77));
+  other.join();
+  EXPECT_EQ(0, wrong);
 }
 
 TEST(CopyFloats, ToleratesOverlapBothWays) {
