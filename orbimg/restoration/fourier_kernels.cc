@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <orbimg/core/row_kernel.h>
+#include <orbimg/restoration/reversed_index_internal.h>
 
 namespace orb {
 
@@ -105,26 +106,6 @@ ORB_ROW_KERNEL void MultiplyBlock(float* block, std::ptrdiff_t count, double fac
   for (std::ptrdiff_t i = 0; i < count; ++i) block[i] = static_cast<float>(block[i] * factor);
 }
 
-// Steps through 0 .. 2^bits - 1 with the binary digits of the index in reverse.
-class ReversedIndex {
- public:
-  explicit ReversedIndex(std::ptrdiff_t length) : top(length >> 1) {}
-
-  std::ptrdiff_t Value() const { return index; }
-  void Next() {
-    std::ptrdiff_t bit = top;
-    while (bit != 0 && (index & bit) != 0) {
-      index ^= bit;
-      bit >>= 1;
-    }
-    index |= bit;
-  }
-
- private:
-  std::ptrdiff_t const top;
-  std::ptrdiff_t index = 0;
-};
-
 // Rows of a wide plane lie in different pages, which no processor fetches ahead by itself.
 constexpr std::ptrdiff_t kRowsAhead = 24;
 
@@ -133,7 +114,7 @@ template <int isWrite>
   for (std::ptrdiff_t i = 0; i < kFourierValue; i += kColumnsPerCacheLine) __builtin_prefetch(row + i, isWrite);
 }
 
-constexpr std::ptrdiff_t kPartLength = 128;  // or twice that: 32 KiB
+constexpr std::ptrdiff_t kPartLength = 64;  // or twice that: 32 KiB
 
 constexpr std::ptrdiff_t kTile = 8;  // complex values of a cache line
 

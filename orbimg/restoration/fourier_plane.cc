@@ -60,16 +60,15 @@ int CFourierPlane::Create(int w, int h) {
 void CFourierPlane::Transform(int inverse) {
   if (data.empty()) return;
   std::size_t const longest = static_cast<std::size_t>(std::max(width, height));
-  std::vector<float> block;
   try {
     twiddles.resize(2 * longest);
     lineA.resize(2 * longest);
     lineB.resize(2 * longest);
-    block.resize(longest * static_cast<std::size_t>(orb::kFourierValue));
+    orb::AlignedFloats block(longest * static_cast<std::size_t>(orb::kFourierValue));
     MakeTwiddles(width);
-    TransformRows(inverse, block);
+    TransformRows(inverse, block.Data());
     if (height != width) MakeTwiddles(height);
-    TransformColumns(inverse, block);
+    TransformColumns(inverse, block.Data());
   } catch (std::exception const&) {
   }
   lineA = std::vector<float>();
@@ -138,11 +137,11 @@ float* CFourierPlane::TransformLine(int n, int log2n, int inverse) {
   return x;
 }
 
-void CFourierPlane::TransformRows(int inverse, std::vector<float>& block) {
+void CFourierPlane::TransformRows(int inverse, float* block) {
   std::ptrdiff_t const stride = 2 * static_cast<std::ptrdiff_t>(width);
   std::ptrdiff_t y = 0;
   if (width >= orb::kFourierLanes) {
-    orb::FourierLines const lines{width, log2Width, twiddles.data(), inverse == 1, block.data()};
+    orb::FourierLines const lines{width, log2Width, twiddles.data(), inverse == 1, block};
     for (; y + orb::kFourierLanes <= height; y += orb::kFourierLanes) {
       if (AreZero(data.data() + y * stride, orb::kFourierLanes * stride)) continue;  // most rows of a small blur
       orb::LoadRows(lines, data.data() + y * stride, stride);
@@ -156,10 +155,10 @@ void CFourierPlane::TransformRows(int inverse, std::vector<float>& block) {
   }
 }
 
-void CFourierPlane::TransformColumns(int inverse, std::vector<float>& block) {
+void CFourierPlane::TransformColumns(int inverse, float* block) {
   std::ptrdiff_t const stride = 2 * static_cast<std::ptrdiff_t>(width);
   std::ptrdiff_t x = 0;
-  orb::FourierLines const lines{height, log2Height, twiddles.data(), inverse == 1, block.data()};
+  orb::FourierLines const lines{height, log2Height, twiddles.data(), inverse == 1, block};
   for (; x + orb::kFourierLanes <= width; x += orb::kFourierLanes) {
     orb::LoadColumns(lines, data.data() + 2 * x, stride);
     orb::TransformBlock(lines);

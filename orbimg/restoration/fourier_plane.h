@@ -27,7 +27,7 @@ class ORBIMG_API CFourierPlane {
   // for those above 2^30, with `data` empty.
   int Create(int w, int h);
 
-  // `data` in place, rows, then columns. `inverse`: 0 forward, 1 inverse. Scratch memory: a table and 18 lines of the
+  // `data` in place, rows, then columns. `inverse`: 0 forward, 1 inverse. Scratch memory: a table and 34 lines of the
   // longer side. Intended: without memory for that, nothing is done and nothing said.
   void Transform(int inverse);
 
@@ -62,6 +62,6 @@ class ORBIMG_API CFourierPlane {
   std::vector<float> twiddles;
 
  private:
-  void TransformRows(int inverse, std::vector<float>& block);
-  void TransformColumns(int inverse, std::vector<float>& block);
+  void TransformRows(int inverse, float* block);
+  void TransformColumns(int inverse, float* block);
 };

@@ -1,12 +1,13 @@
 #include <orbimg/restoration/lucy.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <exception>
+#include <memory>
 #include <new>
 #include <vector>
 
+#include <orbimg/restoration/gaussian_psf_internal.h>
 #include <orbimg/restoration/lucy_iteration_internal.h>
 #include <orbimg/restoration/window_internal.h>
 
@@ -48,7 +49,7 @@ int CImgLucy::Do(double sigma, double adu, double noise, int iterations, CRect* 
   std::size_t const pixels = static_cast<std::size_t>(window.width) * static_cast<std::size_t>(window.height);
   try {
     samples.assign(static_cast<std::size_t>(planes) * pixels, 0.0f);
-    psf = MakeGauss(sigma, kPsfSide, kPsfSide);
+    psf.reset(MakeGauss(sigma, kPsfSide, kPsfSide));
     if (psf == nullptr) throw std::bad_alloc();
   } catch (std::exception const&) {  // of memory, or of the length of an array
     return 0;
@@ -71,24 +72,6 @@ int CImgLucy::Do(double sigma, double adu, double noise, int iterations, CRect* 
   return 1;
 }
 
-std::unique_ptr<float[]> CImgLucy::MakeGauss(double sigma, int psfWidth, int psfHeight) {
-  std::size_t const count = static_cast<std::size_t>(psfWidth) * static_cast<std::size_t>(psfHeight);
-  std::unique_ptr<float[]> psf(new (std::nothrow) float[count]);
-  if (psf == nullptr) return psf;
-  double const cx = psfWidth * 0.5;
-  double const cy = psfHeight * 0.5;
-  double sum = 0.0;
-  float* out = psf.get();
-  for (int y = 0; y < psfHeight; ++y) {
-    for (int x = 0; x < psfWidth; ++x) {
-      double const dx = x - cx;
-      double const dy = y - cy;
-      double const value = std::exp(-(dx * dx + dy * dy) / (2.0 * sigma * sigma)) / (sigma * sigma * 6.28318);
-      *out++ = static_cast<float>(value);
-      sum += value;
-    }
-  }
-  // Intended: only the first element, once for each.
-  for (std::size_t i = 0; i < count; ++i) psf[0] = static_cast<float>(psf[0] / sum);
-  return psf;
+float* CImgLucy::MakeGauss(double sigma, int psfWidth, int psfHeight) {
+  return orb::MakeGaussianPsf(sigma, psfWidth, psfHeight).release();
 }

@@ -9,8 +9,6 @@
 // it stops at ESC.
 #pragma once
 
-#include <memory>
-
 #include <orbimg/core/orb_image.h>
 #include <platform/export.h>
 #include <platform/rect.h>
@@ -38,6 +36,7 @@ class ORBIMG_API CImgLucy : public COrbImage {
   friend struct OrbTestAccess;
 
   // exp(-r r/(2 sigma^2))/(sigma^2 6.28318) about (width/2, height/2). Intended: not 2 pi, and only the first element
-  // is normalised: it is divided by the sum of all, once for each element. Null for lack of memory.
-  std::unique_ptr<float[]> MakeGauss(double sigma, int width, int height);
+  // is normalised: it is divided by the sum of all, once for each element. The caller deletes the array; null for lack
+  // of memory.
+  float* MakeGauss(double sigma, int width, int height);
 };

@@ -1,7 +1,6 @@
 #include <orbimg/restoration/mem.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -10,6 +9,7 @@
 #include <orbimg/core/operator_run.h>
 #include <orbimg/core/truncate.h>
 #include <orbimg/resources/message_table.h>
+#include <orbimg/restoration/gaussian_psf_internal.h>
 #include <orbimg/restoration/mem_progress_internal.h>
 #include <orbimg/restoration/mem_solver.h>
 #include <platform/large_pages_internal.h>
@@ -17,7 +17,6 @@
 namespace {
 
 constexpr int kPsfSize = 63;
-constexpr double kTwoPi = 6.28318;
 constexpr int kNoMemoryMessage = 6150;
 constexpr int kCancelledMessage = 6151;
 constexpr unsigned kOkStyle = 0;
@@ -178,24 +177,7 @@ int MemRestorePlane(float* in, float* out, int w, int h, float const* psf, int p
 }
 
 float* CImgMem::MakeGauss(double sigma, int columns, int rows) {
-  std::ptrdiff_t const count = static_cast<std::ptrdiff_t>(columns) * rows;
-  Floats values = TryFloats(count);
-  if (!values) return nullptr;
-  double const cx = columns * 0.5;
-  double const cy = rows * 0.5;
-  double sum = 0.0;
-  float* next = values.get();
-  for (int y = 0; y < rows; ++y) {
-    for (int x = 0; x < columns; ++x) {
-      double const r2 = (x - cx) * (x - cx) + (y - cy) * (y - cy);
-      double const value = std::exp(-r2 / (2.0 * sigma * sigma)) / (sigma * sigma * kTwoPi);
-      sum += value;
-      *next++ = static_cast<float>(value);
-    }
-  }
-  // Intended: the first element alone; the factor before the exponential makes the sum about 1 already.
-  for (std::ptrdiff_t i = 0; i < count; ++i) values[0] = static_cast<float>(values[0] / sum);
-  return values.release();
+  return orb::MakeGaussianPsf(sigma, columns, rows).release();
 }
 
 int CImgMem::Do(double sigma, double noise, int iterations, CRect* rect, int progress) {

@@ -2,22 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <utility>
 
+#include <orbimg/restoration/plane_memory_internal.h>
 #include <orbimg/restoration/real_transform_kernels.h>
 
 namespace {
 
 constexpr double kTwoPi = 6.2831853071796;
 constexpr std::ptrdiff_t kFloatsPerCacheLine = 16;
-
-// First address within `floats` that begins a cache line.
-float* AlignToCacheLine(float* floats) {
-  std::uintptr_t const bytes = kFloatsPerCacheLine * sizeof(float);
-  std::uintptr_t const over = reinterpret_cast<std::uintptr_t>(floats) % bytes;
-  return over == 0 ? floats : floats + (bytes - over) / sizeof(float);
-}
 
 }  // namespace
 
@@ -49,8 +42,8 @@ void RealFft::SetLine(int m, int lanes) {
   std::ptrdiff_t const floats = lineLength * lanes;
   std::ptrdiff_t const needed = 2 * floats + 3 * kFloatsPerCacheLine;
   if (static_cast<std::ptrdiff_t>(area.size()) < needed) area.resize(static_cast<std::size_t>(needed));
-  source = AlignToCacheLine(area.data());
-  target = AlignToCacheLine(source + floats + kFloatsPerCacheLine);
+  source = orb::AlignToCacheLine(area.data());
+  target = orb::AlignToCacheLine(source + floats + kFloatsPerCacheLine);
   resultBuffer = source;
 }
 

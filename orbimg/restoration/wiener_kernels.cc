@@ -1,6 +1,7 @@
 #include <orbimg/restoration/wiener_kernels.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include <orbimg/core/row_kernel.h>
 
@@ -14,7 +15,23 @@ namespace {
   return static_cast<float>(re * re + im * im);
 }
 
+// Where the exponent is below this, the product with the peak is 0 as a float, and exp need not be asked.
+constexpr double kVanishing = -120.0;
+
 }  // namespace
+
+bool FillGaussRow(double s, double y, std::ptrdiff_t width, float* row) {
+  constexpr double kPeak = 159.15507752443827;
+  if (-(y * y) / (2.0 * s * s) < kVanishing) return false;
+  for (std::ptrdiff_t x = 0; x <= width / 2; ++x) {
+    double const dx = static_cast<double>(x);
+    double const exponent = -(dx * dx + y * y) / (2.0 * s * s);
+    float const value = exponent < kVanishing ? 0.0f : static_cast<float>(kPeak * std::exp(exponent));
+    row[x] = value;
+    if (x > 0) row[width - x] = value;
+  }
+  return true;
+}
 
 // The smallest and the largest of many values do not hang on their order; a first value that is not a number stays in
 // every lane.
@@ -63,6 +80,14 @@ ORB_ROW_KERNEL void LoadWienerRow(float const* samples, std::ptrdiff_t count, Le
     row[2 * x] = static_cast<float>(level.To256(samples[x]));
     row[2 * x + 1] = 0.0f;
   }
+}
+
+ORB_ROW_KERNEL void LoadRealRow(float const* samples, std::ptrdiff_t count, Level level, float* row) {
+  for (std::ptrdiff_t x = 0; x < count; ++x) row[x] = static_cast<float>(level.To256(samples[x]));
+}
+
+ORB_ROW_KERNEL void StoreRealRow(float const* row, std::ptrdiff_t count, Level level, float* samples) {
+  for (std::ptrdiff_t x = 0; x < count; ++x) samples[x] = static_cast<float>(level.ToRaw(row[x]));
 }
 
 ORB_ROW_KERNEL void StoreWienerRow(float const* row, std::ptrdiff_t count, Level level, float* samples) {

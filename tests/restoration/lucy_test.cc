@@ -181,12 +181,12 @@ TEST(Lucy, SharpensStarsAndKeepsTheirLight) {
 TEST(Lucy, OnlyTheFirstElementOfTheGaussianIsNormalised) {
   CImgLucy lucy;
   for (double sigma : {1.0, 10.0, 30.0}) {
-    auto const psf = OrbTestAccess::MakeGauss(lucy, sigma, 64, 64);
+    std::unique_ptr<float[]> const psf(OrbTestAccess::MakeGauss(lucy, sigma, 64, 64));
     std::vector<float> const expected = reference::LucyGauss(sigma, 64, 64);
     EXPECT_TRUE(SameBits(expected, std::vector<float>(psf.get(), psf.get() + 64 * 64)));
     EXPECT_EQ(static_cast<float>(1.0 / (sigma * sigma * 6.28318)), psf[32 * 64 + 32]);
   }
-  auto const wide = OrbTestAccess::MakeGauss(lucy, 30.0, 64, 64);
+  std::unique_ptr<float[]> const wide(OrbTestAccess::MakeGauss(lucy, 30.0, 64, 64));
   EXPECT_FALSE(wide[0] <= wide[1]);
 }
 

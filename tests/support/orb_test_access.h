@@ -23,7 +23,7 @@ struct OrbTestAccess {
   static CRect SelectionOf(COrbImage const& image) { return image.selection; }
   static CVmImage& StoreOf(CImage& image) { return *image.vmImage; }
 
-  static std::unique_ptr<float[]> MakeGauss(CImgLucy& lucy, double sigma, int width, int height) {
+  static float* MakeGauss(CImgLucy& lucy, double sigma, int width, int height) {
     return lucy.MakeGauss(sigma, width, height);
   }
 
