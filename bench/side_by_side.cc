@@ -69,8 +69,31 @@ void Runner::Compare(std::string const& work, double limit, std::string const& p
     oursTimes.push_back(SecondsOf(ours));
     theirsTimes.push_back(SecondsOf(theirs));
   }
-  results.push_back({work, peer, limit, Median(oursTimes), Median(theirsTimes), peak});
-  Result const& r = results.back();
+  Report({work, peer, limit, Median(oursTimes), Median(theirsTimes), peak});
+}
+
+void Runner::CompareIterations(std::string const& work, double limit, std::string const& peer,
+                               std::function<void(int)> const& ours, std::function<void(int)> const& theirs,
+                               int repeats) {
+  constexpr int kFew = 1;
+  constexpr int kMore = 5;
+  auto const secondsOfOne = [](std::function<void(int)> const& run) {
+    double const few = SecondsOf([&] { run(kFew); });
+    return (SecondsOf([&] { run(kMore); }) - few) / (kMore - kFew);
+  };
+  double const peak = PeakMiBOf([&] { ours(kFew); });
+  theirs(kFew);
+  std::vector<double> oursTimes;
+  std::vector<double> theirsTimes;
+  for (int i = 0; i < repeats; ++i) {
+    oursTimes.push_back(secondsOfOne(ours));
+    theirsTimes.push_back(secondsOfOne(theirs));
+  }
+  Report({work, peer, limit, Median(oursTimes), Median(theirsTimes), peak});
+}
+
+void Runner::Report(Result const& r) {
+  results.push_back(r);
   std::printf("| %-52s | %-44s | %9.1f | %9.1f | %6.3f | %5.2f | %-4s | %8.1f |\n", r.work.c_str(), r.peer.c_str(),
               r.oursSeconds * 1e3, r.theirsSeconds * 1e3, r.Ratio(), r.limit, r.Ratio() <= r.limit ? "yes" : "NO",
               r.oursPeakMiB);

@@ -34,9 +34,16 @@ class Runner {
   void Compare(std::string const& work, double limit, std::string const& peer, std::function<void()> const& ours,
                std::function<void()> const& theirs, int repeats = 7);
 
+  // One iteration of iterative work: what a run of 5 takes more than a run of 1, over 4, so that neither side's
+  // preparation counts. `ours` and `theirs` are given the number of iterations.
+  void CompareIterations(std::string const& work, double limit, std::string const& peer,
+                         std::function<void(int)> const& ours, std::function<void(int)> const& theirs, int repeats = 3);
+
   std::vector<Result> const& Results() const { return results; }
 
  private:
+  void Report(Result const& result);
+
   std::vector<Result> results;
 };
 

@@ -28,6 +28,17 @@
 #include <orbimg/geometry/scroll.h>
 #include <orbimg/geometry/soft_binning.h>
 #include <orbimg/resources/message_table.h>
+#include <orbimg/restoration/copy_floats.h>
+#include <orbimg/restoration/fft2.h>
+#include <orbimg/restoration/fftpack_line.h>
+#include <orbimg/restoration/fourier_plane.h>
+#include <orbimg/restoration/lucy.h>
+#include <orbimg/restoration/mem.h>
+#include <orbimg/restoration/mem_convolve.h>
+#include <orbimg/restoration/mem_solver.h>
+#include <orbimg/restoration/packed_spectrum.h>
+#include <orbimg/restoration/real_transform.h>
+#include <orbimg/restoration/wiener.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/lrgb_composite.h>

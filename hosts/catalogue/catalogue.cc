@@ -25,6 +25,8 @@ constexpr Room kRooms[] = {
     {StarFilterOperators, "filter"},
     {GeometryOperators, "transform"},
     {ResampleOperators, ""},
+    {MemOperators, "restore"},
+    {RestorationOperators, "restore"},
 };
 
 }  // namespace

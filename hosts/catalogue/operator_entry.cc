@@ -57,6 +57,12 @@ int OperatorEntry::Find(std::string const& parameter) const {
   return found == parameters.end() ? -1 : static_cast<int>(found - parameters.begin());
 }
 
+int OperatorEntry::FindBlur() const {
+  auto const found =
+      std::find_if(parameters.begin(), parameters.end(), [](Parameter const& p) { return p.ofBlur > 0.0; });
+  return found == parameters.end() ? -1 : static_cast<int>(found - parameters.begin());
+}
+
 std::size_t OperatorEntry::TablesFor(int planes) const {
   std::size_t count = 0;
   for (Table const& table : tables) count += static_cast<std::size_t>(table.CountFor(planes));

@@ -21,9 +21,13 @@ struct Parameter {
   std::string help;
   std::vector<std::string> choices;  // of kChoice: the name of each number from 0 on
   // What a host takes in place of the default, where it knows the source: a level of its first plane, what lies halfway
-  // between the two, the column or row of its middle, or its width or height.
-  enum class Follows { kNothing, kBlack, kWhite, kMiddleLevel, kMiddleColumn, kMiddleRow, kWidth, kHeight };
+  // between the two, the column or row of its middle, its width or height, or the noise of its first plane where there
+  // is any.
+  enum class Follows { kNothing, kBlack, kWhite, kMiddleLevel, kMiddleColumn, kMiddleRow, kWidth, kHeight, kNoise };
   Follows follows = Follows::kNothing;
+  // Of the width of the gaussian that blurred the image: what its sigma in pixels is multiplied by. 0: it is no such
+  // width.
+  double ofBlur = 0.0;
 };
 
 // A table of numbers that an operator reads. All tables of a call have as many entries.
@@ -185,6 +189,8 @@ struct OperatorEntry {
   std::vector<double> Defaults() const;
   // Place of a parameter; -1 if there is none of that name.
   int Find(std::string const& parameter) const;
+  // Place of the width of the blur; -1 if there is none.
+  int FindBlur() const;
   bool TakesFrames() const { return !frameParameters.empty(); }
   bool WritesPlane(Invocation const& call, int plane) const {
     return writesPlane == nullptr || writesPlane(call, plane);

@@ -19,6 +19,8 @@ std::vector<OperatorEntry> RankFilterOperators();
 std::vector<OperatorEntry> StarFilterOperators();
 std::vector<OperatorEntry> GeometryOperators();
 std::vector<OperatorEntry> ResampleOperators();
+std::vector<OperatorEntry> MemOperators();
+std::vector<OperatorEntry> RestorationOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>

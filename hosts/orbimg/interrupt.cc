@@ -6,6 +6,7 @@
 #include <atomic>
 
 #include <hosts/io/host_error.h>
+#include <hosts/orbimg/escape_key.h>
 
 namespace orb::host {
 namespace {
@@ -14,7 +15,9 @@ std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 extern "C" void OnInterrupt(int) {
-  if (interrupted.exchange(true)) ::_exit(static_cast<int>(Exit::kInterrupted));
+  if (!interrupted.exchange(true)) return;
+  RestoreTerminal();
+  ::_exit(static_cast<int>(Exit::kInterrupted));
 }
 
 }  // namespace

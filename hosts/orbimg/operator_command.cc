@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <hosts/catalogue/catalogue.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/operator_example.h>
@@ -25,6 +26,7 @@ struct Group {
 constexpr Group kGroups[] = {
     {"apply", "Change the tone or the colours of an image"},
     {"filter", "Blur, sharpen or clean an image"},
+    {"restore", "Sharpen an image by deconvolution"},
     {"transform", "Move the samples of an image or change its size"},
     {"sky", "Work on the sky of an image"},
 };
@@ -63,9 +65,25 @@ Json Describe(OperatorOptions const& options, OperatorOutcome const& outcome) {
   for (int p = 0; p < image.GetPlanes(); ++p) {
     levels.push_back(Json{{"black", image.GetLevelMin(p)}, {"white", image.GetLevelMax(p)}});
   }
-  return Json{
+  Json all{
       {"file", options.output},   {"operator", entry.name}, {"width", image.GetWidth()}, {"height", image.GetHeight()},
       {"parameters", parameters}, {"results", results},     {"levels", levels}};
+  if (outcome.blur) {
+    all["blur"] = Json{{"from", options.job.psfFrom},
+                       {"stars", outcome.blur->stars},
+                       {"sigma", outcome.blur->sigma},
+                       {"fwhm", outcome.blur->Fwhm()}};
+  }
+  if (!outcome.iterations.empty()) all["iterations"] = outcome.iterations;
+  return all;
+}
+
+void PrintRestoration(OperatorOptions const& options, OperatorOutcome const& outcome, CommandContext& context) {
+  if (outcome.blur) {
+    context.out << fmt::format("blur sigma {:.3f} pixels, width {:.3f}, from {} of {}\n", outcome.blur->sigma,
+                               outcome.blur->Fwhm(), outcome.blur->StarsText(), options.job.psfFrom);
+  }
+  if (!outcome.iterations.empty()) context.out << fmt::format("iterations {}\n", fmt::join(outcome.iterations, " "));
 }
 
 void Print(OperatorOptions const& options, OperatorOutcome const& outcome, CommandContext& context) {
@@ -73,6 +91,7 @@ void Print(OperatorOptions const& options, OperatorOutcome const& outcome, Comma
     context.out << Describe(options, outcome).dump(2) << '\n';
     return;
   }
+  PrintRestoration(options, outcome, context);
   OperatorEntry const& entry = *options.job.entry;
   for (std::size_t i = 0; i < outcome.results.size(); ++i) {
     Result const& result = entry.results[i];
@@ -92,6 +111,16 @@ void RunOperatorCommand(OperatorOptions const& options, CommandContext& context)
   Print(options, outcome, context);
 }
 
+void AddPsfOption(CLI::App& command, OperatorEntry const& entry, std::string& file) {
+  std::string const blur = "--" + entry.parameters[static_cast<std::size_t>(entry.FindBlur())].name;
+  command
+      .add_option("--psf-from", file,
+                  fmt::format("Takes {} from the width of stars: places in FILE by a table (.json of orbimg stars, "
+                              ".csv or .txt with x and y), or the stars of an image",
+                              blur))
+      ->excludes(command.get_option(blur));
+}
+
 void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& context) {
   auto options = std::make_shared<OperatorOptions>();
   OperatorJob& job = options->job;
@@ -108,6 +137,7 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
     command->add_option("--second", job.second, "FITS or PNG file: the second image")->required();
   }
   AddParameterOptions(*command, entry.parameters, job.values);
+  if (entry.FindBlur() >= 0) AddPsfOption(*command, entry, job.psfFrom);
   if (!entry.tables.empty()) AddCurveOptions(*command, entry, job.curves);
   if (entry.takesRectangle) {
     command->add_option("--rect", job.rect, "Change only what lies within left top right bottom")->expected(4);

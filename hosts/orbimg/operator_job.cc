@@ -1,5 +1,6 @@
 #include <hosts/orbimg/operator_job.h>
 
+#include <algorithm>
 #include <cmath>
 #include <new>
 #include <optional>
@@ -10,6 +11,7 @@
 #include <hosts/catalogue/check.h>
 #include <hosts/io/host_error.h>
 #include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/frame_statistics.h>
 #include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/interrupt.h>
 #include <hosts/orbimg/operator_options.h>
@@ -44,18 +46,37 @@ double ValueOf(Parameter::Follows what, COrbImage const& image) {
       return image.GetWidth();
     case Parameter::Follows::kHeight:
       return image.GetHeight();
+    case Parameter::Follows::kNoise:
+      return MeasureSky(image, 0, nullptr).noise;
     case Parameter::Follows::kNothing:
       break;
   }
   return std::nan("");
 }
 
+double ValueFollowing(Parameter const& parameter, COrbImage const& image) {
+  double const value = ValueOf(parameter.follows, image);
+  bool const hasNoNoise = parameter.follows == Parameter::Follows::kNoise && !(value >= parameter.least);
+  return hasNoNoise ? parameter.byDefault : value;
+}
+
 std::vector<double> FollowImage(OperatorJob const& job, COrbImage const& image) {
   std::vector<double> values = job.values;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (std::isnan(values[i])) values[i] = ValueOf(job.entry->parameters[i].follows, image);
+    if (std::isnan(values[i])) values[i] = ValueFollowing(job.entry->parameters[i], image);
   }
   return values;
+}
+
+// The width of the blur from stars, in the terms of the operator.
+void FollowStars(OperatorJob const& job, COrbImage const& image, OperatorOutcome& outcome) {
+  if (job.psfFrom.empty()) return;
+  outcome.blur = MeasureBlur(job.psfFrom, image, job.input);
+  auto const place = static_cast<std::size_t>(job.entry->FindBlur());
+  Parameter const& parameter = job.entry->parameters[place];
+  outcome.values[place] = outcome.blur->sigma * parameter.ofBlur;
+  std::string const wrong = CheckValue(parameter, outcome.values[place]);
+  if (!wrong.empty()) throw HostError(Exit::kUsage, fmt::format("--psf-from {}: {}", job.psfFrom, wrong));
 }
 
 // The images of a call, the result being that of the outcome.
@@ -65,6 +86,7 @@ class CallImages {
     Frame& frame = outcome.frame;
     ReadForWork(job.input, frame, environment);
     outcome.values = FollowImage(job, frame.image);
+    FollowStars(job, frame.image, outcome);
     call.image = &frame.image;
     call.progress = 1;
     call.values = outcome.values;
@@ -105,6 +127,10 @@ class CallImages {
 std::string HistoryOf(OperatorJob const& job, OperatorOutcome const& outcome, std::string const& curves) {
   std::vector<std::string> parts;
   if (!job.values.empty()) parts.push_back(DescribeValues(job.entry->parameters, outcome.values));
+  if (outcome.blur) parts.push_back(fmt::format("of {} of {}", outcome.blur->StarsText(), BareName(job.psfFrom)));
+  if (!outcome.iterations.empty()) {
+    parts.push_back(fmt::format("iterations made {}", fmt::join(outcome.iterations, " ")));
+  }
   if (!curves.empty()) parts.push_back(curves);
   if (!job.source.empty()) parts.push_back(job.entry->sourceName + " " + BareName(job.source));
   if (!job.second.empty()) parts.push_back("second image " + BareName(job.second));
@@ -138,6 +164,33 @@ void CheckMemory(OperatorEntry const& entry, Invocation const& call, std::string
                   size.width, size.height, FormatBytes(static_cast<std::int64_t>(bytes)), std::ceil(bytes / 1024.0)));
 }
 
+RunPlan PlanOf(OperatorEntry const& entry, Invocation const& call) {
+  int const iterations = entry.Find("iterations");
+  if (!entry.hasOwnRuns || iterations < 0) return {};
+  return {call.image->GetPlanes(), static_cast<int>(call.values[static_cast<std::size_t>(iterations)])};
+}
+
+std::string ReasonOfFailure(OperatorEntry const& entry, OperatorProgress const& progress) {
+  if (!progress.Box().empty()) return progress.Box();
+  return entry.results.empty() ? "not enough memory; close other programs" : "finds no result in this image";
+}
+
+constexpr int kFewIterations = 4;  // the first ones of Richardson and Lucy begin from an even image
+
+// A restoration that is over at once has found the data to lie within the noise that it was told, and blurs them more
+// than it sharpens them.
+void WarnOfEarlyEnd(OperatorJob const& job, OperatorOutcome const& outcome, Environment& environment) {
+  int const place = job.entry->Find("adu");
+  if (place < 0 || outcome.iterations.empty()) return;
+  int const asked = static_cast<int>(outcome.values[static_cast<std::size_t>(job.entry->Find("iterations"))]);
+  int const least = *std::min_element(outcome.iterations.begin(), outcome.iterations.end());
+  if (least >= std::min(asked, kFewIterations)) return;
+  environment.Warn(
+      fmt::format("{}: the data are met within the noise after {} iteration{}, so the result may be smoother "
+                  "than the image; give a larger --adu or a smaller --noise",
+                  job.input, least, least == 1 ? "" : "s"));
+}
+
 }  // namespace
 
 std::vector<double> StartingValues(OperatorEntry const& entry) {
@@ -152,20 +205,23 @@ bool TakesSourceFile(OperatorEntry const& entry) {
   return entry.sourceShape == SourceShape::kFrame || entry.sourceShape == SourceShape::kAny;
 }
 
-void RunChecked(OperatorEntry const& entry, Invocation call, std::string const& file, Environment& environment) {
+std::vector<int> RunChecked(OperatorEntry const& entry, Invocation call, std::string const& file,
+                            Environment& environment) {
   std::string const wrong = CheckInvocation(entry, call);
   if (!wrong.empty()) throw HostError(Exit::kUsage, fmt::format("{}: {}", file, wrong));
   if (entry.sizeOfResult != nullptr) CheckMemory(entry, call, file, environment);
-  OperatorProgress progress(environment.progress, Capitalised(entry.name));
+  OperatorProgress progress(environment.progress, Capitalised(entry.name), PlanOf(entry, call), entry.stopsAtEscape);
   call.image->SetProgressHandle(&progress);
   int const result = RunInBands(entry, call, environment.threads);
   call.image->SetProgressHandle(nullptr);
   StopIfInterrupted();
-  if (result != 0) return;
-  throw HostError(
-      entry.results.empty() ? Exit::kResources : Exit::kFailed,
-      fmt::format("{}: {}: {}", file, entry.name,
-                  entry.results.empty() ? "not enough memory; close other programs" : "finds no result in this image"));
+  // An operator may end well after ESC, with what it had by then.
+  if (progress.WasEscaped()) {
+    throw HostError(Exit::kInterrupted, fmt::format("{}: {}: stopped by ESC; nothing is written", file, entry.name));
+  }
+  if (result != 0) return progress.Iterations();
+  throw HostError(entry.results.empty() ? Exit::kResources : Exit::kFailed,
+                  fmt::format("{}: {}: {}", file, entry.name, ReasonOfFailure(entry, progress)));
 }
 
 void RunOperator(OperatorJob const& job, Environment& environment, OperatorOutcome& outcome) {
@@ -173,8 +229,9 @@ void RunOperator(OperatorJob const& job, Environment& environment, OperatorOutco
   CurveSet const curves = takesCurves ? ReadCurves(job.curves) : CurveSet();
   CallImages images(job, outcome, environment);
   if (takesCurves) SetTables(curves, job.input, images.call);
-  RunChecked(*job.entry, images.call, job.input, environment);
+  outcome.iterations = RunChecked(*job.entry, images.call, job.input, environment);
   if (job.entry->changes.geometry) outcome.frame.header.RemoveWcs();
+  WarnOfEarlyEnd(job, outcome, environment);
   COrbImage& result = outcome.frame.image;
   // Values within the extrema of the source, which are the levels that the operator gave it.
   if (job.entry->changes.sourceLevels) {

@@ -25,6 +25,8 @@ std::string DefaultText(Parameter const& parameter) {
       return "the width of the image";
     case Parameter::Follows::kHeight:
       return "the height of the image";
+    case Parameter::Follows::kNoise:
+      return "the noise that orbimg info gives";
     case Parameter::Follows::kNothing:
       break;
   }

@@ -29,6 +29,14 @@ void ProgressDisplay::Start(std::string const& text, std::int64_t units) {
   Show();
 }
 
+void ProgressDisplay::SetLabel(std::string const& text) {
+  std::lock_guard const lock(mutex);
+  label = text;
+  if (style != Style::kBar) return;
+  shown = -1;
+  Show();
+}
+
 void ProgressDisplay::Advance(std::int64_t n) {
   std::lock_guard const lock(mutex);
   done += n;

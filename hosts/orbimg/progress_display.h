@@ -19,6 +19,8 @@ class ProgressDisplay {
   ProgressDisplay(std::ostream& initErr, Style initStyle) : err(initErr), style(initStyle) {}
 
   void Start(std::string const& text, std::int64_t units);
+  // Another text for the step that runs.
+  void SetLabel(std::string const& text);
   void Advance(std::int64_t n);  // from any thread
   void End();
   // A line of its own that does not run into the bar, in every style. From any thread.

@@ -1,6 +1,10 @@
 #include <hosts/orbimg/star_table.h>
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <fstream>
+#include <string_view>
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
@@ -43,7 +47,43 @@ std::vector<StarsOfFrame> ReadFrames(std::string const& path) {
   return frames;
 }
 
+constexpr char kBetweenNumbers[] = " \t,;\r";
+
+bool ReadNumber(std::string_view& text, double& number) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBetweenNumbers), text.size()));
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || !std::isfinite(number)) return false;
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  return true;
+}
+
+bool IsPassedOver(std::string_view line) {
+  std::size_t const first = line.find_first_not_of(kBetweenNumbers);
+  return first == std::string_view::npos || line[first] == '#';
+}
+
 }  // namespace
+
+std::vector<Star> ReadStarText(std::string const& path) {
+  RequireReadableFile(path);
+  std::ifstream file(path);
+  std::vector<Star> stars;
+  std::string line;
+  bool mayBeTitle = true;
+  for (int number = 1; std::getline(file, line); ++number) {
+    if (IsPassedOver(line)) continue;
+    std::string_view rest = line;
+    Star star;
+    if (ReadNumber(rest, star.x) && ReadNumber(rest, star.y)) {
+      stars.push_back(star);
+    } else if (!mayBeTitle) {
+      throw HostError(Exit::kInput, fmt::format("{}: line {} does not begin with x and y of a star", path, number));
+    }
+    mayBeTitle = false;
+  }
+  if (!stars.empty()) return stars;
+  throw HostError(Exit::kInput, fmt::format("{}: no line begins with x and y of a star", path));
+}
 
 std::vector<Star> ReadStarTable(std::string const& path, std::string const& image) {
   RequireReadableFile(path);

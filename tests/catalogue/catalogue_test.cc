@@ -50,11 +50,13 @@ TEST(Catalogue, HasEveryOperator) {
                                    "level-area",
                                    "level-mean",
                                    "level-median",
+                                   "lucy",
                                    "map",
                                    "match",
                                    "mean",
                                    "mean-off-edges",
                                    "median",
+                                   "mem",
                                    "minmax",
                                    "mosaic",
                                    "nebula-smooth",
@@ -76,7 +78,8 @@ TEST(Catalogue, HasEveryOperator) {
                                    "star-enhance",
                                    "star-sharp",
                                    "turn",
-                                   "unsharp"}),
+                                   "unsharp",
+                                   "wiener"}),
             names);
 }
 

@@ -324,7 +324,7 @@ TEST(OperatorGroups, AllOperatorsOfAGroupHaveTheirSubcommand) {
 
 // What an entry of these groups may ask for is what a command line of one image can give.
 TEST(OperatorGroups, HoldNothingThatNeedsAStack) {
-  for (char const* group : {"apply", "filter", "transform", "sky"}) {
+  for (char const* group : {"apply", "filter", "restore", "transform", "sky"}) {
     for (OperatorEntry const* entry : host::OperatorsOf(group)) EXPECT_FALSE(entry->TakesFrames()) << entry->name;
   }
 }

@@ -23,6 +23,10 @@ struct OrbTestAccess {
   static CRect SelectionOf(COrbImage const& image) { return image.selection; }
   static CVmImage& StoreOf(CImage& image) { return *image.vmImage; }
 
+  static float* MakeGauss(CImgLucy& lucy, double sigma, int width, int height) {
+    return lucy.MakeGauss(sigma, width, height);
+  }
+
   static std::size_t RoomForLines(CImgMedianComposit const& median) { return median.lines.size(); }
 
   static CRect CalcRect(CImgFilter& filter, CRect* rect) {
@@ -38,6 +42,10 @@ struct OrbTestAccess {
   static int StrideOf(CMemoryDIB const& dib) { return dib.stride; }
   static int ColorUseOf(CMemoryDIB const& dib) { return dib.colorUse; }
   static std::vector<RGBQUAD> ColoursOf(CMemoryDIB const& dib) { return dib.colours; }
+
+  static float* MakeGauss(CImgMem& mem, double sigma, int width, int height) {
+    return mem.MakeGauss(sigma, width, height);
+  }
 
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {
