@@ -20,6 +20,8 @@
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
 #include <orbimg/resources/message_table.h>
+#include <orbimg/sky/mask_pattern.h>
+#include <orbimg/sky/vignetting_flat.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/lrgb_composite.h>
