@@ -19,6 +19,7 @@
 #include <orbimg/filters/filter_sharp.h>
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
+#include <orbimg/measure/pixel_info.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/sky/mask_pattern.h>
 #include <orbimg/sky/vignetting_flat.h>
