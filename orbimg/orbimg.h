@@ -22,6 +22,8 @@
 #include <orbimg/measure/pixel_info.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/sky/mask_pattern.h>
+#include <orbimg/sky/sky_flat.h>
+#include <orbimg/sky/sky_selection.h>
 #include <orbimg/sky/vignetting_flat.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
