@@ -21,6 +21,12 @@ struct PixelInfo {
 // One pixel has no deviation, even where its sample is no number or infinite.
 PixelInfo InfoOfOne(double v) { return PixelInfo{v, v, v, 0.0, v}; }
 
+orb::Spread SpreadAbout(double mean, orb::PlaneValues const& values) {
+  orb::RankSearch search(values, values.Count() / 2);
+  double const deviation = orb::DeviationOf(values, mean, [&](float const* row) { search.AddRow(row); });
+  return orb::Spread{deviation, search.Find()};
+}
+
 PixelInfo InfoOf(orb::PlaneValues const& values, bool withMedian) {
   if (values.Count() == 1) return InfoOfOne(values.Row(0)[0]);
   float const corner = values.Row(0)[0];
@@ -33,9 +39,9 @@ PixelInfo InfoOf(orb::PlaneValues const& values, bool withMedian) {
     info.deviation = orb::DeviationOf(values, info.mean, [](float const*) {});
     return info;
   }
-  orb::RankSearch search(values, values.Count() / 2);
-  info.deviation = orb::DeviationOf(values, info.mean, [&](float const* row) { search.AddRow(row); });
-  info.median = search.Find();
+  orb::Spread const spread = SpreadAbout(info.mean, values);
+  info.deviation = spread.deviation;
+  info.median = spread.median;
   return info;
 }
 
@@ -63,6 +69,14 @@ void CalcPixelInfo(COrbImage const& image, CRect rect, double* maximum, double* 
     deviation[p] = info.deviation;
     if (median != nullptr) median[p] = info.median;
   }
+}
+
+Spread CalcSpread(COrbImage const& image, CRect rect, int plane) {
+  Bounds const bounds = ClampRect(&rect, image.GetWidth(), image.GetHeight());
+  if (bounds.IsEmpty() || plane >= image.GetPlanes()) return Spread{};
+  PlaneValues const values(image, bounds, plane);
+  if (values.Count() == 1) return Spread{0.0, values.Row(0)[0]};
+  return SpreadAbout(MeanOf(values, [](float const*) {}), values);
 }
 
 }  // namespace orb

@@ -43,4 +43,12 @@ namespace orb {
 ORBIMG_API void CalcPixelInfo(COrbImage const& image, CRect rect, double* maximum, double* minimum, double* mean,
                               double* deviation, double* median);
 
+struct Spread {
+  double deviation = 0.0;
+  double median = 0.0;
+};
+
+// Deviation and median of one plane, without the rest of CalcPixelInfo and bit for bit the same.
+ORBIMG_API Spread CalcSpread(COrbImage const& image, CRect rect, int plane);
+
 }  // namespace orb

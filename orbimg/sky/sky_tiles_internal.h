@@ -76,14 +76,9 @@ void MeasureTiles(COrbImage& image, COrbImage const& measured, std::vector<Tile>
   constexpr int kMessage = 6182;
   image.ShowProgressInit(progress, kMessage, CountOf(tiles));
   for (Tile& tile : tiles) {
-    double maximum[3];
-    double minimum[3];
-    double mean[3];
-    double deviation[3];
-    double median[3];
-    CalcPixelInfo(measured, RectOf(tile), maximum, minimum, mean, deviation, median);
-    tile.median = median[0];
-    tile.stddev = deviation[0];
+    Spread const spread = CalcSpread(measured, RectOf(tile), 0);
+    tile.median = spread.median;
+    tile.stddev = spread.deviation;
     image.ShowProgress(1);
   }
   image.ShowProgressEnd(static_cast<char const*>(nullptr));
