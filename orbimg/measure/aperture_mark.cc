@@ -13,9 +13,9 @@ namespace {
 constexpr double kLargestRadius = 302.0;
 constexpr int kNothing = -1;
 
-// A hole of radii beyond this swallows every aperture, whatever they are exactly: even where a circle of that radius is
-// squeezed flat, its first row is longer than the largest aperture is wide.
-constexpr int kLargestHole = 1 << 20;
+// Beyond this a hole's radius has no effect of its own: even where a circle of it is squeezed flat, its outermost row is
+// longer than half of any aperture.
+constexpr int kLargestHole = 1 << 17;
 
 // Points by distance from the centre, into the two outlines of an ellipse. Points beyond the outlines' ends, which a
 // hole larger than its aperture has, are of no use.
@@ -45,6 +45,10 @@ void AddEllipse(std::int64_t p, std::int64_t q, Outlines outlines) {
   std::int64_t i = 0;
   std::int64_t j = std::max(p, q);
   std::int64_t e = j;
+  if (j == 0) {
+    outlines.Add(0, 0);  // also where the other radius is negative, which leaves nothing to divide by
+    return;
+  }
   while (j >= i) {
     if (p == q) {
       outlines.Add(j, i);

@@ -38,7 +38,8 @@ Aperture::Aperture(COrbImage& image, double x, double y, double oX, double oY, d
 
 void Aperture::Draw(int p, int q, std::vector<int>& row, std::vector<int>& column) const {
   auto const enter = [&](int x, int y) {
-    // An inner ellipse may be larger than the lists, which have the outer one's size.
+    // An inner ellipse may be larger than the lists, which have the outer one's size, or have one negative radius.
+    if (x < 0 || y < 0) return;
     if (y < static_cast<int>(row.size()) && row[static_cast<std::size_t>(y)] < x) row[static_cast<std::size_t>(y)] = x;
     if (x < static_cast<int>(column.size()) && column[static_cast<std::size_t>(x)] < y) {
       column[static_cast<std::size_t>(x)] = y;
@@ -47,6 +48,10 @@ void Aperture::Draw(int p, int q, std::vector<int>& row, std::vector<int>& colum
   int i = 0;
   int j = p > q ? p : q;
   int e = j;
+  if (j == 0) {
+    enter(0, 0);
+    return;
+  }
   while (j >= i) {
     if (p == q) {
       enter(j, i);
