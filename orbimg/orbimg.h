@@ -19,7 +19,10 @@
 #include <orbimg/filters/filter_sharp.h>
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
+#include <orbimg/measure/aperture_mark.h>
+#include <orbimg/measure/photometry.h>
 #include <orbimg/measure/pixel_info.h>
+#include <orbimg/measure/star_profile.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/sky/mask_pattern.h>
 #include <orbimg/sky/sky_flat.h>
