@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include <orbimg/core/sample_key_internal.h>
+#include <platform/export.h>
 
 namespace orb {
 
@@ -15,10 +16,10 @@ struct KeyRange {
 };
 
 // Writes the keys of the samples, what is not a number becoming kHighestKey, which no number has; widens the range.
-void KeysOfRow(float const* samples, std::ptrdiff_t count, std::int32_t* keys, KeyRange& range);
+ORBIMG_API void KeysOfRow(float const* samples, std::ptrdiff_t count, std::int32_t* keys, KeyRange& range);
 
 // The key at `rank`, 0 .. count - 1, of the keys in ascending order, all of which lie in the range. `count` is below
 // 2^31.
-std::int32_t KeyAtRank(std::int32_t const* keys, std::ptrdiff_t count, std::int64_t rank, KeyRange range);
+ORBIMG_API std::int32_t KeyAtRank(std::int32_t const* keys, std::ptrdiff_t count, std::int64_t rank, KeyRange range);
 
 }  // namespace orb
