@@ -23,6 +23,7 @@ constexpr Room kRooms[] = {
     {FilterOperators, "filter"},
     {RankFilterOperators, "filter"},
     {StarFilterOperators, "filter"},
+    {SkyOperators, "sky"},
 };
 
 }  // namespace

@@ -17,6 +17,7 @@ std::vector<OperatorEntry> ChannelOperators();
 std::vector<OperatorEntry> FilterOperators();
 std::vector<OperatorEntry> RankFilterOperators();
 std::vector<OperatorEntry> StarFilterOperators();
+std::vector<OperatorEntry> SkyOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>
