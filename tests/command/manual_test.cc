@@ -148,7 +148,7 @@ TEST_F(ManualTest, ExamplesOfOperatorsRun) {
   std::vector<CommandNode> const leaves = Leaves(program);
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.group.empty()) continue;
-    CommandNode const* const command = Find(leaves, "orbimg " + entry.group + " " + entry.name);
+    CommandNode const* const command = Find(leaves, "orbimg " + entry.group + " " + entry.CommandName());
     ASSERT_NE(nullptr, command);
     std::vector<std::string> words = Words(command->example);
     words.erase(words.begin(), words.begin() + 2);  // "Example: orbimg"

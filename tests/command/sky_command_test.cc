@@ -28,11 +28,12 @@ class SkyCommandTest : public testing::Test {
   Random random{5};
   ScratchFolder folder;
   std::string file = folder / "sky.fits";
+  std::string other = folder / "other.fits";
   std::string out = folder / "out.fits";
 };
 
 TEST_F(SkyCommandTest, SelectPrintsTheTileAndWritesNothing) {
-  CommandResult const result = Sky({"select", file, "--size", "32", "--json"});
+  CommandResult const result = Sky({"select", file, "--size", "32", "--share", "1.3", "--json"});
   ASSERT_TRUE(Succeeds(result));
   Json const found = Json::parse(result.out)["results"];
   EXPECT_EQ(32, found["left"]);
@@ -60,15 +61,15 @@ TEST_F(SkyCommandTest, ModelIsTheOperator) {
 }
 
 TEST_F(SkyCommandTest, ModelOfAColourImageIsRefused) {
-  WriteFrame(file, NoisySky(random, 40, 40, 3));
-  CommandResult const result = Sky({"model", file, "-o", out, "-f"});
+  WriteFrame(other, NoisySky(random, 40, 40, 3));
+  CommandResult const result = Sky({"model", other, "-o", out});
   EXPECT_EQ(Exit::kUsage, result.status);
   EXPECT_NE(std::string::npos, result.err.find("has 3 planes; it must have 1")) << result.err;
 }
 
 TEST_F(SkyCommandTest, FlatReachesItsShareInTheCornerFromTheMiddle) {
-  WriteFrame(file, ConstantSky(91, 71, 1, 800.0f));
-  ASSERT_TRUE(Succeeds(Sky({"flat", file, "--corner", "0.5", "-o", out})));
+  WriteFrame(other, ConstantSky(91, 71, 1, 800.0f));
+  ASSERT_TRUE(Succeeds(Sky({"flat", other, "--corner", "0.5", "-o", out})));
   COrbImage image = ReadFrame(out).image;
   EXPECT_EQ(800.0f, image.GetPixelGrayRaw(45, 35, 0));
   for (int x : {0, 90}) EXPECT_NEAR(1600.0f, image.GetPixelGrayRaw(x, 70, 0), 1e-3);
@@ -98,13 +99,13 @@ TEST_F(SkyCommandTest, MaskBlanksTheStar) {
 // The mask turns about its middle: half a turn of a mask with its left half blank blanks the right half.
 TEST_F(SkyCommandTest, AMaskIsTurnedAboutItsMiddle) {
   COrbImage image = ConstantSky(41, 41, 1, 7.0f);
-  WriteFrame(file, image);
+  WriteFrame(other, image);
   for (int y = 0; y < 41; ++y) {
     for (int x = 0; x < 41; ++x) image.SetPixelGrayRaw(x, y, x < 20 ? 0.0f : 1.0f, 0);
   }
   std::string const mask = folder / "mask.fits";
   WriteFrame(mask, image);
-  ASSERT_TRUE(Succeeds(Sky({"blank", file, "--second", mask, "--angle", "180", "-o", out})));
+  ASSERT_TRUE(Succeeds(Sky({"blank", other, "--second", mask, "--angle", "180", "-o", out})));
   COrbImage after = ReadFrame(out).image;
   EXPECT_EQ(7.0f, after.GetPixelGrayRaw(5, 20, 0));
   EXPECT_EQ(0.0f, after.GetPixelGrayRaw(35, 20, 0));
