@@ -39,6 +39,15 @@
 #include <orbimg/restoration/packed_spectrum.h>
 #include <orbimg/restoration/real_transform.h>
 #include <orbimg/restoration/wiener.h>
+#include <orbimg/measure/aperture_mark.h>
+#include <orbimg/measure/photometry.h>
+#include <orbimg/measure/pixel_info.h>
+#include <orbimg/measure/star_profile.h>
+#include <orbimg/resources/message_table.h>
+#include <orbimg/sky/mask_pattern.h>
+#include <orbimg/sky/sky_flat.h>
+#include <orbimg/sky/sky_selection.h>
+#include <orbimg/sky/vignetting_flat.h>
 #include <orbimg/stacking/cmy_composite.h>
 #include <orbimg/stacking/composite.h>
 #include <orbimg/stacking/lrgb_composite.h>

@@ -27,6 +27,7 @@ constexpr Room kRooms[] = {
     {ResampleOperators, ""},
     {MemOperators, "restore"},
     {RestorationOperators, "restore"},
+    {SkyOperators, "sky"},
 };
 
 }  // namespace

@@ -45,6 +45,11 @@ int Count(OperatorEntry const& entry, Units units, Invocation const& call) {
 
 }  // namespace
 
+std::string OperatorEntry::CommandName() const {
+  std::string const prefix = group + "-";
+  return name.starts_with(prefix) ? name.substr(prefix.size()) : name;
+}
+
 std::vector<double> OperatorEntry::Defaults() const {
   std::vector<double> values;
   for (Parameter const& parameter : parameters) values.push_back(parameter.byDefault);

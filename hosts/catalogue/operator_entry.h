@@ -133,7 +133,7 @@ struct Changes {
 };
 
 struct OperatorEntry {
-  std::string name;   // as on a command line: "invert"
+  std::string name;   // "invert"; "sky-flat" where the bare word says too little outside its group
   std::string title;  // one line
   // The subcommand of the program that offers it by its name: "apply", "filter" ...; empty where a subcommand of its
   // own does, or none. Empty in a room that has a group (see catalogue.cc) stands for that group.
@@ -186,6 +186,10 @@ struct OperatorEntry {
   // CheckInvocation.
   int (*run)(Invocation const&) = nullptr;
 
+  // As on a command line, within its group: "invert", and "flat" of "sky-flat".
+  std::string CommandName() const;
+  // Whether a call leaves anything behind in its image.
+  bool DoesWrite() const { return changes.samples || changes.levels || changes.planes; }
   std::vector<double> Defaults() const;
   // Place of a parameter; -1 if there is none of that name.
   int Find(std::string const& parameter) const;

@@ -21,6 +21,7 @@ std::vector<OperatorEntry> GeometryOperators();
 std::vector<OperatorEntry> ResampleOperators();
 std::vector<OperatorEntry> MemOperators();
 std::vector<OperatorEntry> RestorationOperators();
+std::vector<OperatorEntry> SkyOperators();
 
 // The image of a call as an operator object while this lives.
 template <typename Operator>

@@ -65,9 +65,13 @@ Json Describe(OperatorOptions const& options, OperatorOutcome const& outcome) {
   for (int p = 0; p < image.GetPlanes(); ++p) {
     levels.push_back(Json{{"black", image.GetLevelMin(p)}, {"white", image.GetLevelMax(p)}});
   }
-  Json all{
-      {"file", options.output},   {"operator", entry.name}, {"width", image.GetWidth()}, {"height", image.GetHeight()},
-      {"parameters", parameters}, {"results", results},     {"levels", levels}};
+  Json all{{"file", entry.DoesWrite() ? options.output : options.job.input},
+           {"operator", entry.name},
+           {"width", image.GetWidth()},
+           {"height", image.GetHeight()},
+           {"parameters", parameters},
+           {"results", results},
+           {"levels", levels}};
   if (outcome.blur) {
     all["blur"] = Json{{"from", options.job.psfFrom},
                        {"stars", outcome.blur->stars},
@@ -102,11 +106,12 @@ void Print(OperatorOptions const& options, OperatorOutcome const& outcome, Comma
 
 void RunOperatorCommand(OperatorOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
-  CheckOutputFile(options.output, environment.existing);
+  bool const writes = options.job.entry->DoesWrite();
+  if (writes) CheckOutputFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   OperatorOutcome outcome;
   RunOperator(options.job, environment, outcome);
-  WriteFits(options.output, outcome.frame, environment.existing);
+  if (writes) WriteFits(options.output, outcome.frame, environment.existing);
   if (!options.preview.empty()) WriteRendering(options.preview, outcome.frame.image, 24, environment.existing);
   Print(options, outcome, context);
 }
@@ -126,7 +131,7 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   OperatorJob& job = options->job;
   job.entry = &entry;
   job.values = StartingValues(entry);
-  CLI::App* command = group.add_subcommand(entry.name, Capitalised(entry.title));
+  CLI::App* command = group.add_subcommand(entry.CommandName(), Capitalised(entry.title));
   command->footer(ExampleOf(group.get_name(), entry));
   command->add_option("file", job.input, "FITS or PNG file")->required();
   if (TakesSourceFile(entry)) {
@@ -140,16 +145,20 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   if (entry.FindBlur() >= 0) AddPsfOption(*command, entry, job.psfFrom);
   if (!entry.tables.empty()) AddCurveOptions(*command, entry, job.curves);
   if (entry.takesRectangle) {
-    command->add_option("--rect", job.rect, "Change only what lies within left top right bottom")->expected(4);
+    char const* const what = entry.DoesWrite() ? "Change" : "Look at";
+    command->add_option("--rect", job.rect, fmt::format("{} only what lies within left top right bottom", what))
+        ->expected(4);
+  }
+  if (entry.DoesWrite()) {
+    command->add_option("-o,--output", options->output, "FITS file to write")->required();
+    command->add_option("--preview", options->preview, "Picture (.png, .bmp) of the result through its levels");
   }
   if (entry.cutsToRectangle) {
     command->add_option("--rect", job.rect, "Keep what lies within left top right bottom")->expected(4)->required();
   }
-  command->add_option("-o,--output", options->output, "FITS file to write")->required();
-  command->add_option("--preview", options->preview, "Picture (.png, .bmp) of the result through its levels");
   command->add_flag("--json", options->json, "Print JSON");
   AddCommonOptions(*command, options->common,
-                   {.writes = true, .runsParallel = true, .usesBands = entry.sizeOfResult != nullptr});
+                   {.writes = entry.DoesWrite(), .runsParallel = true, .usesBands = entry.sizeOfResult != nullptr});
   command->callback(
       [options, &context] { context.run = [options, &context] { RunOperatorCommand(*options, context); }; });
 }

@@ -28,11 +28,12 @@ std::string FirstParameter(OperatorEntry const& entry) {
 std::string ExampleOf(std::string const& group, OperatorEntry const& entry) {
   bool const isColour = entry.imagePlanes == 3 || entry.sourceShape == SourceShape::kColourToMono;
   char const* const input = isColour ? "colour.fits" : "image.fits";
-  std::string text = fmt::format("Example: orbimg {} {} {}", group, entry.name, input);
+  std::string text = fmt::format("Example: orbimg {} {} {}", group, entry.CommandName(), input);
   if (TakesSourceFile(entry)) text += " " + OptionName(entry.sourceName) + " source.fits";
   if (entry.needsSecond) text += " --second second.fits";
   if (!entry.tables.empty()) text += " --preset gamma --amount 2.2";
-  return text + FirstParameter(entry) + " -o result.fits --preview result.png";
+  text += FirstParameter(entry);
+  return entry.DoesWrite() ? text + " -o result.fits --preview result.png" : text;
 }
 
 }  // namespace orb::host

@@ -63,7 +63,10 @@ double ValueFollowing(Parameter const& parameter, COrbImage const& image) {
 std::vector<double> FollowImage(OperatorJob const& job, COrbImage const& image) {
   std::vector<double> values = job.values;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (std::isnan(values[i])) values[i] = ValueFollowing(job.entry->parameters[i], image);
+    Parameter const& parameter = job.entry->parameters[i];
+    if (!std::isnan(values[i])) continue;
+    values[i] = ValueFollowing(parameter, image);
+    if (parameter.kind == Parameter::Kind::kInteger) values[i] = std::floor(values[i]);
   }
   return values;
 }
@@ -96,6 +99,7 @@ class CallImages {
     SetSource(job, frame, environment);
     if (!job.entry->needsSecond) return;
     ReadForWork(job.second, second, environment);
+    if (second.image.IsValidStdCtr() == 0) second.image.SetDefaultCenter();
     call.second = &second.image;
   }
   CallImages(CallImages const&) = delete;
@@ -136,7 +140,7 @@ std::string HistoryOf(OperatorJob const& job, OperatorOutcome const& outcome, st
   if (!job.second.empty()) parts.push_back("second image " + BareName(job.second));
   if (!job.rect.empty()) parts.push_back(fmt::format("rectangle {}", fmt::join(job.rect, " ")));
   std::erase(parts, "");
-  return fmt::format("orbimg {} {}{}{}", job.entry->group, job.entry->name, parts.empty() ? "" : ": ",
+  return fmt::format("orbimg {} {}{}{}", job.entry->group, job.entry->CommandName(), parts.empty() ? "" : ": ",
                      fmt::join(parts, ", "));
 }
 

@@ -2,7 +2,8 @@
 //
 // A sample of the values gives a bracket that almost surely holds the wanted one. One pass counts what lies below the
 // bracket and collects the few values inside it; the wanted rank is then looked up among these. Where the sample
-// misled, which takes values arranged against its positions, all values are copied and selected from.
+// misled, which takes values arranged against its positions, all values are copied and selected from. Few values are
+// selected from at once, floats by their keys (key_rank_kernels.h).
 //
 // Values that are not numbers rank behind all others.
 #pragma once
@@ -12,8 +13,10 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <type_traits>
 #include <vector>
 
+#include <orbimg/core/key_rank_kernels.h>
 #include <orbimg/core/rank_kernels.h>
 
 namespace orb {
@@ -112,10 +115,25 @@ class RankSearch {
   }
 
   T FindInCopy() {
+    if constexpr (std::is_same_v<T, float>) {
+      if (room == 0) return FindAmongKeys();
+    }
     auto const copy = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(values.Count()));
     T* next = copy.get();
     for (int row = 0; row < values.Rows(); ++row) next = std::copy_n(values.Row(row), values.Columns(), next);
     return SelectAmong(copy.get(), values.Count(), rank);
+  }
+
+  // For few enough values that their keys stay close to the processor.
+  float FindAmongKeys() {
+    auto const keys = std::make_unique_for_overwrite<std::int32_t[]>(static_cast<std::size_t>(values.Count()));
+    KeyRange range;
+    std::int32_t* next = keys.get();
+    for (int row = 0; row < values.Rows(); ++row, next += values.Columns()) {
+      KeysOfRow(values.Row(row), values.Columns(), next, range);
+    }
+    std::int32_t const key = KeyAtRank(keys.get(), next - keys.get(), rank, range);
+    return key == kHighestKey ? std::numeric_limits<float>::quiet_NaN() : SampleOf(key);
   }
 
   Values& values;

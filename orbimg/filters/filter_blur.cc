@@ -6,6 +6,7 @@
 #include <orbimg/filters/convolve_plane_internal.h>
 #include <orbimg/filters/edge_guide_internal.h>
 #include <orbimg/filters/filter_radius_internal.h>
+#include <orbimg/filters/gaussian_internal.h>
 #include <orbimg/filters/row_convolution_internal.h>
 #include <orbimg/filters/window_run_internal.h>
 
@@ -38,14 +39,18 @@ void CImgFilterBlur::GaussianFilter(double sigma, COrbImage* src, CRect* rect, i
 }
 
 void CImgFilterBlur::GaussianFilter(double* const sigma, COrbImage* src, CRect* rect, int progress) {
-  orb::Run run(*this, rect);
-  run.Start(progress, kGaussianMessage, run.Rows() * planes);
-  for (int p = 0; p < planes; ++p) {
-    int const r = orb::RadiusOfSigma(sigma[p]);
+  orb::FilterByGaussian(*this, sigma, *src, rect, progress);
+}
+
+void orb::FilterByGaussian(COrbImage& image, double const* sigma, COrbImage& src, CRect* rect, int progress) {
+  Run run(image, rect);
+  run.Start(progress, kGaussianMessage, run.Rows() * image.GetPlanes());
+  for (int p = 0; p < image.GetPlanes(); ++p) {
+    int const r = RadiusOfSigma(sigma[p]);
     CFilterKernel gaussian;
     gaussian.MakeGaussian(r, sigma[p]);
-    orb::RowConvolution convolution(gaussian, r, src->GetWidth(), orb::RowConvolution::Sums::kFactored);
-    orb::ConvolvePlane(run, *this, *src, p, r, convolution);
+    RowConvolution convolution(gaussian, r, src.GetWidth(), RowConvolution::Sums::kFactored);
+    ConvolvePlane(run, image, src, p, r, convolution);
   }
   run.End();
 }

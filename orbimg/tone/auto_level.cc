@@ -1,14 +1,12 @@
 #include <orbimg/tone/auto_level.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <vector>
 
 #include <orbimg/core/brightness_internal.h>
-#include <orbimg/core/extrema_internal.h>
 #include <orbimg/core/rank_selection_internal.h>
-#include <orbimg/core/sum_kernels.h>
+#include <orbimg/core/rectangle_statistics_internal.h>
 #include <orbimg/tone/auto_level_internal.h>
 
 namespace {
@@ -91,21 +89,11 @@ double FindHigh(Classes const& classes, double white) {
   return 1.0;
 }
 
-template <typename Values>
-orb::Extrema<typename Values::Type> ExtremaOf(Values& values) {
-  auto const first = values.Row(0)[0];
-  orb::Extrema<typename Values::Type> found{first, first};
-  for (int row = 0; row < values.Rows(); ++row) {
-    orb::WidenExtrema(values.Row(row), static_cast<std::size_t>(values.Columns()), found);
-  }
-  return found;
-}
-
 // Of plane 0's samples in the rectangle; 0 and 0 where it is empty.
 orb::Extrema<double> PlaneExtremaOf(COrbImage const& image, orb::Bounds const& bounds) {
   if (bounds.IsEmpty()) return {};
   orb::PlaneValues values(image, bounds, 0);
-  auto const found = ExtremaOf(values);
+  auto const found = orb::ExtremaOf(values);
   return {found.min, found.max};
 }
 
@@ -113,27 +101,13 @@ orb::Extrema<double> PlaneExtremaOf(COrbImage const& image, orb::Bounds const& b
 orb::Extrema<double> BrightnessExtremaOf(COrbImage const& image, orb::Bounds const& bounds) {
   if (bounds.IsEmpty()) return {};
   orb::Brightness256Values values(image, bounds);
-  auto const found = ExtremaOf(values);
+  auto const found = orb::ExtremaOf(values);
   return {image.ToRaw(found.min, 0), image.ToRaw(found.max, 0)};
 }
 
 template <typename Values>
 double MeanOf(Values& values) {
-  orb::LaneSum sum;
-  for (int row = 0; row < values.Rows(); ++row) sum.AddRow(values.Row(row), values.Columns());
-  return sum.Total() / static_cast<double>(values.Count());
-}
-
-// Calls visit(row) for each row too, while it is at hand.
-template <typename Values, typename Visit>
-double DeviationOf(Values& values, double mean, Visit visit) {
-  orb::LaneSum squares;
-  for (int row = 0; row < values.Rows(); ++row) {
-    auto const* const v = values.Row(row);
-    squares.AddSquaredDeviations(v, values.Columns(), mean);
-    visit(v);
-  }
-  return std::sqrt(squares.Total() / static_cast<double>(values.Count()));
+  return orb::MeanOf(values, [](auto const*) {});
 }
 
 // Intended: one further than the tenth percentile; the last value where there is none.
@@ -192,7 +166,7 @@ void CImgAutoLevel::Get(double& low, double& high, CRect* rect) {
 void CImgAutoLevel::DoByMean(double lowFactor, double highFactor, int perPlane, CRect* rect) {
   EachStatistics(*this, rect, perPlane, [&](auto values, int plane) {
     double const mean = MeanOf(values);
-    double const deviation = DeviationOf(values, mean, [](auto const*) {});
+    double const deviation = orb::DeviationOf(values, mean, [](auto const*) {});
     SetLevel(plane, mean - deviation * lowFactor, mean + deviation * highFactor);
   });
 }
@@ -206,7 +180,7 @@ void CImgAutoLevel::DoByMedian(double lowFactor, double highFactor, int perPlane
     }
     double const mean = MeanOf(values);
     orb::RankSearch search(values, values.Count() / 2);
-    double const deviation = DeviationOf(values, mean, [&](auto const* row) { search.AddRow(row); });
+    double const deviation = orb::DeviationOf(values, mean, [&](auto const* row) { search.AddRow(row); });
     double const median = search.Find();
     SetLevel(plane, median - deviation * lowFactor, median + deviation * highFactor);
   });

@@ -219,6 +219,8 @@ TEST(BandRunnerItself, BandsOfTheCatalogueAreAsListed) {
                                    "shape-unsharp",
                                    "sharpen",
                                    "sharpen-edges",
+                                   "sky-flat",
+                                   "sky-ramp",
                                    "star-enhance",
                                    "star-sharp",
                                    "unsharp"}),

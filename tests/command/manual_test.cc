@@ -88,7 +88,7 @@ TEST_F(ManualTest, EveryOperatorWithAGroupIsASubcommandWithItsParametersAndChoic
     if (entry.group.empty()) continue;
     SCOPED_TRACE(entry.name);
     ++operators;
-    CommandNode const* const command = Find(leaves, "orbimg " + entry.group + " " + entry.name);
+    CommandNode const* const command = Find(leaves, "orbimg " + entry.group + " " + entry.CommandName());
     ASSERT_NE(nullptr, command);
     for (host::Parameter const& parameter : entry.parameters) {
       OptionNode const* const option = FindOption(*command, "--" + parameter.name);
@@ -138,14 +138,14 @@ TEST_F(ManualTest, ExamplesOfOperatorsRun) {
   std::vector<CommandNode> const leaves = Leaves(program);
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.group.empty()) continue;
-    CommandNode const* const command = Find(leaves, "orbimg " + entry.group + " " + entry.name);
+    CommandNode const* const command = Find(leaves, "orbimg " + entry.group + " " + entry.CommandName());
     ASSERT_NE(nullptr, command);
     std::vector<std::string> words = Words(command->example);
     words.erase(words.begin(), words.begin() + 2);  // "Example: orbimg"
     for (std::string& word : words) {
       if (word.ends_with(".fits") || word.ends_with(".png")) word = folder / word;
     }
-    words.push_back("-f");
+    if (entry.DoesWrite()) words.push_back("-f");
     EXPECT_TRUE(Succeeds(RunQuietly(words))) << command->example;
   }
 }

@@ -314,7 +314,7 @@ TEST_F(OperatorTest, CtrlCLeavesNothing) {
 TEST(OperatorGroups, AllOperatorsOfAGroupHaveTheirSubcommand) {
   for (OperatorEntry const& entry : host::Catalogue()) {
     if (entry.group.empty()) continue;
-    CommandResult const help = RunLoudly({entry.group, entry.name, "--help"});
+    CommandResult const help = RunLoudly({entry.group, entry.CommandName(), "--help"});
     EXPECT_EQ(Exit::kDone, help.status) << entry.group << ' ' << entry.name;
     for (Parameter const& parameter : entry.parameters) {
       EXPECT_NE(std::string::npos, help.out.find("--" + parameter.name)) << entry.name;

@@ -124,7 +124,12 @@ TEST_P(RectangleContract, EmptyAndReversedRectanglesStartAndEndTheirRun) {
     trial.call.rect = &rect;
     trial.call.progress = 1;
     COrbImage const before(trial.image);
-    trial.Run();
+    // In such a rectangle there is nothing to be found.
+    if (Entry().results.empty()) {
+      trial.Run();
+    } else {
+      Entry().run(trial.call);
+    }
     EXPECT_TRUE(SameBits(before, trial.image));
     if (Entry().hasOwnRuns) {
       EXPECT_EQ(window.starts.size(), window.ends.size());

@@ -46,6 +46,22 @@ struct OrbTestAccess {
   static float* MakeGauss(CImgMem& mem, double sigma, int width, int height) {
     return mem.MakeGauss(sigma, width, height);
   }
+  static CPoint ClimbToPeak(PSF& profile, CPoint point) { return profile.ClimbToPeak(point); }
+  static int GetBase(PSF& profile, CPoint peak, double* base) { return profile.GetBase(peak, base); }
+  static int GetFWHM(PSF& profile, CPoint peak, double base, double* fwhm) { return profile.GetFWHM(peak, base, fwhm); }
+  static double GetPixelValue(PSF& profile, CPoint point) { return profile.GetPixelValue(point); }
+  static double FwhmToPsf(PSF const& profile, double fwhm) { return profile.FwhmToPsf(fwhm); }
+  static double PsfToFwhm(PSF const& profile, double psf) { return profile.PsfToFwhm(psf); }
+  static std::vector<double>& WidthsOf(PSF& profile) { return profile.widths; }
+
+  struct Outlines {
+    std::vector<int> outerRow, innerRow, outerColumn, innerColumn;
+    double outerX, outerY, innerX, innerY;
+  };
+  static Outlines OutlinesOf(CImgApertureMark const& mark) {
+    return {mark.outerRow, mark.innerRow, mark.outerColumn, mark.innerColumn,
+            mark.outerX,   mark.outerY,   mark.innerX,      mark.innerY};
+  }
 
   // Puts the samples of an image into another block of the same size.
   static void ReplaceBlock(CImage& image, std::unique_ptr<orb::SampleBlock> block) {
