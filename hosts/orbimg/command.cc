@@ -23,6 +23,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddInfoCommand(app, context);
   AddCalibrateCommand(app, context);
   AddStarsCommand(app, context);
+  AddMeasureCommand(app, context);
   AddAlignCommand(app, context);
   AddStackCommand(app, context);
   AddLevelCommand(app, context);
