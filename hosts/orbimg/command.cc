@@ -86,6 +86,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
   AddMapCommand(app, context);
+  AddMeasureCommand(app, context);
   AddDemoCommand(app, context);
   AddRunCommand(app, context);
   AddManualCommand(app, context);

@@ -28,6 +28,7 @@ struct CommandContext {
 void AddInfoCommand(CLI::App& app, CommandContext& context);
 void AddCalibrateCommand(CLI::App& app, CommandContext& context);
 void AddStarsCommand(CLI::App& app, CommandContext& context);
+void AddMeasureCommand(CLI::App& app, CommandContext& context);
 void AddAlignCommand(CLI::App& app, CommandContext& context);
 void AddStackCommand(CLI::App& app, CommandContext& context);
 void AddLevelCommand(CLI::App& app, CommandContext& context);

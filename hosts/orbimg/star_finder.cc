@@ -181,10 +181,17 @@ std::optional<Star> MeasureStar(COrbImage const& image, COrbImage const& clean, 
   return star;
 }
 
+double WidthOf(COrbImage& clean, Star const& star) {
+  PSF profile(&clean);
+  double width = 0.0;
+  if (profile.Add(CPoint(static_cast<int>(star.x + 0.5), static_cast<int>(star.y + 0.5))) == 0) return 0.0;
+  return profile.GetMeanFWHM(&width) == 0 ? 0.0 : width;
+}
+
 }  // namespace
 
 std::vector<Star> FindStars(COrbImage const& image, StarFinderSettings const& settings) {
-  COrbImage const clean = CleanFrame(image, settings.cellSide);
+  COrbImage clean = CleanFrame(image, settings.cellSide);
   COrbImage smooth = SmoothFrame(clean, settings.smoothing);
   SkyMap const sky = MapSky(smooth, settings.cellSide);
   PeakSearch const search(smooth, settings);
@@ -198,6 +205,7 @@ std::vector<Star> FindStars(COrbImage const& image, StarFinderSettings const& se
   if (settings.maxStars > 0 && stars.size() > static_cast<std::size_t>(settings.maxStars)) {
     stars.resize(static_cast<std::size_t>(settings.maxStars));
   }
+  for (Star& star : stars) star.width = WidthOf(clean, star);
   return stars;
 }
 

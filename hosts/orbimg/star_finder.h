@@ -6,7 +6,8 @@
 // do
 //    not (satellite trails, plateaus): maxima with half as much light on two opposite sides.
 // 3. COrbImage::GetCenterOfGravity refines the position on the smoothed copy, in a square that follows the star.
-// 4. On the copy that is not smoothed, flux is the sum within a circle, peak the largest sample near the middle.
+// 4. On the copy that is not smoothed, flux is the sum within a circle, peak the largest sample near the middle, and
+//    width what PSF finds there.
 //
 // Scratch memory: three float planes.
 #pragma once
@@ -34,6 +35,7 @@ struct Star {
   double y = 0.0;
   double peak = 0.0;  // raw units above the sky
   double flux = 0.0;  // raw units above the sky
+  double width = 0.0;  // pixels: full width at half maximum; 0 where none could be measured
 };
 
 // Sorted by falling flux. Stars nearer to the edge than the square or the circle needs are left out.

@@ -28,6 +28,7 @@ Star StarOf(Json const& entry) {
   star.y = entry.at("y").get<double>();
   star.peak = entry.value("peak", 0.0);
   star.flux = entry.value("flux", 0.0);
+  star.width = entry.value("width", 0.0);
   return star;
 }
 

@@ -32,9 +32,11 @@ std::vector<Star> FindStarsOf(std::string const& file, StarFinderSettings const&
 }
 
 std::string Format(std::string const& file, std::vector<Star> const& stars) {
-  std::string text = fmt::format("# {}: {} stars\n#      x          y        peak          flux\n", file, stars.size());
+  std::string text =
+      fmt::format("# {}: {} stars\n#      x          y        peak          flux   width\n", file, stars.size());
   for (Star const& star : stars) {
-    text += fmt::format("{:10.3f} {:10.3f} {:11.2f} {:13.2f}\n", star.x, star.y, star.peak, star.flux);
+    text +=
+        fmt::format("{:10.3f} {:10.3f} {:11.2f} {:13.2f} {:7.2f}\n", star.x, star.y, star.peak, star.flux, star.width);
   }
   return text;
 }
@@ -42,7 +44,7 @@ std::string Format(std::string const& file, std::vector<Star> const& stars) {
 Json ToJson(std::string const& file, std::vector<Star> const& stars) {
   Json list = Json::array();
   for (Star const& star : stars) {
-    list.push_back(Json{{"x", star.x}, {"y", star.y}, {"peak", star.peak}, {"flux", star.flux}});
+    list.push_back(Json{{"x", star.x}, {"y", star.y}, {"peak", star.peak}, {"flux", star.flux}, {"width", star.width}});
   }
   return Json{{"file", file}, {"stars", list}};
 }
@@ -67,7 +69,7 @@ void RunStars(StarsOptions const& options, CommandContext& context) {
 void AddStarsCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<StarsOptions>();
   StarFinderSettings& settings = options->settings;
-  CLI::App* command = app.add_subcommand("stars", "Find stars: position, peak and flux, the brightest first");
+  CLI::App* command = app.add_subcommand("stars", "Find stars: position, peak, flux and width, the brightest first");
   command->footer("Example: orbimg stars stack.fits --json");
   command->add_option("files", options->files, "FITS or PNG files")->required();
   command

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -21,11 +22,27 @@
 
 namespace orb {
 
-inline constexpr std::int64_t kRankSample = 65536;
-// Half of the bracket in ranks of the sample: four standard deviations of a sample's rank, sqrt(65536) / 2 each.
-inline constexpr std::int64_t kRankMargin = 512;
-// A bracket holds 1/64 of the values on average; its buffer has room for four times that.
-inline constexpr std::int64_t kRankBufferShare = 16;
+inline constexpr std::int64_t kRankSample = 65536;        // of many values
+inline constexpr std::int64_t kRankSampleShare = 16;      // a sixteenth of fewer,
+inline constexpr std::int64_t kLeastRankSample = 256;     // but no less than this;
+inline constexpr std::int64_t kLeastSampledRanks = 2048;  // of fewer values than these no sample is taken
+
+// How many values are looked at before, and what follows for the bracket.
+struct RankSampling {
+  std::int64_t sample;
+
+  static RankSampling Of(std::int64_t count) {
+    if (count > 2 * kRankSample) return RankSampling{kRankSample};
+    if (count < kLeastSampledRanks) return RankSampling{0};
+    return RankSampling{std::max(count / kRankSampleShare, kLeastRankSample)};
+  }
+
+  // Half of the bracket in ranks of the sample: four standard deviations of a sample's rank, sqrt(sample) / 2 each.
+  std::int64_t Margin() const { return static_cast<std::int64_t>(2.0 * std::sqrt(static_cast<double>(sample))); }
+  // A bracket holds two margins of the sample's share of the values on average; its buffer has room for four times
+  // that, a sixteenth of many values.
+  std::int64_t Room(std::int64_t count) const { return std::min(count, count * 8 * Margin() / sample); }
+};
 
 // Positions 0 .. count - 1 of a sample, the same for the same count.
 class SamplePositions {
@@ -52,23 +69,23 @@ T SelectAmong(T* values, std::int64_t count, std::int64_t rank) {
   return values[rank];
 }
 
-// The sample's values kRankMargin ranks below and above the wanted one; infinite where the sample has none there.
+// The sample's values a margin of ranks below and above the wanted one; infinite where the sample has none there.
 template <typename Values, typename T = typename Values::Type>
-Bracket<T> FindBracket(Values& values, std::int64_t rank) {
+Bracket<T> FindBracket(Values& values, std::int64_t rank, RankSampling sampling) {
   std::vector<T> sample;
-  sample.reserve(static_cast<std::size_t>(kRankSample));
+  sample.reserve(static_cast<std::size_t>(sampling.sample));
   SamplePositions positions(values.Count());
-  for (std::int64_t i = 0; i < kRankSample; ++i) {
+  for (std::int64_t i = 0; i < sampling.sample; ++i) {
     T const v = values.At(positions.Next());
     if (v == v) sample.push_back(v);
   }
   double const share = static_cast<double>(rank) / static_cast<double>(values.Count());
-  auto const wanted = static_cast<std::int64_t>(share * static_cast<double>(kRankSample));
+  auto const wanted = static_cast<std::int64_t>(share * static_cast<double>(sampling.sample));
   auto const n = static_cast<std::int64_t>(sample.size());
+  std::int64_t const margin = sampling.Margin();
   Bracket<T> bracket{-std::numeric_limits<T>::infinity(), std::numeric_limits<T>::infinity()};
-  if (wanted >= kRankMargin && n > 0)
-    bracket.low = SelectAmong(sample.data(), n, std::min(wanted - kRankMargin, n - 1));
-  if (wanted + kRankMargin < n) bracket.high = SelectAmong(sample.data(), n, wanted + kRankMargin);
+  if (wanted >= margin && n > 0) bracket.low = SelectAmong(sample.data(), n, std::min(wanted - margin, n - 1));
+  if (wanted + margin < n) bracket.high = SelectAmong(sample.data(), n, wanted + margin);
   return bracket;
 }
 
@@ -81,9 +98,10 @@ class RankSearch {
   using T = typename Values::Type;
 
   RankSearch(Values& searched, std::int64_t wantedRank) : values(searched), rank(wantedRank) {
-    if (values.Count() <= 2 * kRankSample) return;
-    bracket = FindBracket(values, rank);
-    room = values.Count() / kRankBufferShare + values.Columns();
+    RankSampling const sampling = RankSampling::Of(values.Count());
+    if (sampling.sample == 0) return;
+    bracket = FindBracket(values, rank, sampling);
+    room = sampling.Room(values.Count()) + values.Columns();
     inside = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(room));
   }
 

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include <gtest/gtest.h>
+#include <orbimg/core/rank_selection_internal.h>
 #include <orbimg/orbimg.h>
 #include <tests/reference/pixel_info_reference.h>
 #include <tests/support/hostile_store.h>
@@ -190,6 +191,29 @@ TEST(PixelInfo, LargeRectanglesGiveTheMedianOfTheFullSort) {
         EXPECT_NEAR(expected.mean[p], found.mean[p], 1e-9);
         EXPECT_NEAR(expected.deviation[p], found.deviation[p], 1e-9);
       }
+    }
+  }
+}
+
+TEST(PixelInfo, SamplesThatMisleadChangeNoMedian) {
+  // From a few thousand samples on some are looked at first; here these lie below or above all others, or far out on
+  // both sides.
+  for (int const side : {40, 46, 64, 130, 362, 364}) {
+    auto const n = static_cast<std::size_t>(side * side);
+    std::vector<bool> isSeen(n);
+    SamplePositions positions(side * side);
+    for (std::int64_t i = 0; i < RankSampling::Of(side * side).sample; ++i) {
+      isSeen[static_cast<std::size_t>(positions.Next())] = true;
+    }
+    for (int const kind : {0, 1, 2, 3}) {
+      std::vector<float> samples(n);
+      for (std::size_t i = 0; i < n; ++i) {
+        float const seen = kind == 0 ? -1.0f : kind == 1 ? 1e9f : i % 2 == 0 ? -1e9f : 1e9f;
+        samples[i] = isSeen[i] && kind < 3 ? seen : static_cast<float>(i * 7919 % n);
+      }
+      CImgPixelInfo image = MonoOf(side, side, samples);
+      std::sort(samples.begin(), samples.end());
+      EXPECT_EQ(samples[n / 2], Calc(image, CRect(0, 0, side, side)).median[0]) << side << ' ' << kind;
     }
   }
 }
