@@ -27,6 +27,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddStackCommand(app, context);
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
+  AddConvertCommand(app, context);
   AddOperatorCommands(app, context);
   AddComposeCommand(app, context);
   AddMosaicCommand(app, context);

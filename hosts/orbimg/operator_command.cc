@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <hosts/catalogue/catalogue.h>
 #include <hosts/orbimg/command.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/operator_job.h>
 #include <hosts/orbimg/operator_options.h>
 #include <hosts/orbimg/output_check.h>
@@ -84,11 +85,11 @@ void Print(OperatorOptions const& options, OperatorOutcome const& outcome, Comma
 
 void RunOperatorCommand(OperatorOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
-  CheckOutputFile(options.output, environment.existing);
+  CheckImageFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   OperatorOutcome outcome;
   RunOperator(options.job, environment, outcome);
-  WriteFits(options.output, outcome.frame, environment.existing);
+  WriteImage(options.output, outcome.frame, environment);
   if (!options.preview.empty()) WriteRendering(options.preview, outcome.frame.image, 24, environment.existing);
   Print(options, outcome, context);
 }
@@ -99,20 +100,19 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   job.entry = &entry;
   job.values = StartingValues(entry);
   CLI::App* command = group.add_subcommand(entry.name, Capitalised(entry.title));
-  command->add_option("file", job.input, "FITS or PNG file")->required();
+  command->add_option("file", job.input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   if (TakesSourceFile(entry)) {
-    command->add_option(OptionName(entry.sourceName), job.source, "FITS or PNG file: the " + entry.sourceName)
-        ->required();
+    command->add_option(OptionName(entry.sourceName), job.source, "Image file: the " + entry.sourceName)->required();
   }
   if (entry.needsSecond) {
-    command->add_option("--second", job.second, "FITS or PNG file: the second image")->required();
+    command->add_option("--second", job.second, "Image file: the second image")->required();
   }
   AddParameterOptions(*command, entry.parameters, job.values);
   if (!entry.tables.empty()) AddCurveOptions(*command, entry, job.curves);
   if (entry.takesRectangle) {
     command->add_option("--rect", job.rect, "Change only what lies within left top right bottom")->expected(4);
   }
-  command->add_option("-o,--output", options->output, "FITS file to write")->required();
+  command->add_option("-o,--output", options->output, "File to write: .fits, .tif or .png")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) of the result through its levels");
   command->add_flag("--json", options->json, "Print JSON");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = false});

@@ -122,9 +122,9 @@ void AddModeOptions(CLI::App& command, std::shared_ptr<StackOptions> const& opti
 void AddStackCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<StackOptions>();
   CLI::App* command = app.add_subcommand("stack", "Join frames into one");
-  command->add_option("frames", options->inputs, "An alignment file (.json), or FITS files that lie alike")->required();
+  command->add_option("frames", options->inputs, "An alignment file (.json), or frames that lie alike")->required();
   AddModeOptions(*command, options);
-  command->add_option("-o,--output", options->output, "FITS file for the stack")->required();
+  command->add_option("-o,--output", options->output, "File for the stack: .fits, .tif or .png")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = true});
   command->callback([options, &context] { context.run = [options, &context] { RunStack(*options, context); }; });
