@@ -121,7 +121,8 @@ void RawReader::Describe() {
   facts.bitpix = BitpixOf(facts.type);
   bool const isMono = mosaic.samples != nullptr && (asMosaic || raw->imgdata.idata.colors == 1);
   facts.shape = orb::host::Shape{sizes.width, sizes.height, isMono ? 1 : 3};
-  if (mosaic.samples != nullptr && !isMono) SetColours();
+  facts.isScaled = mosaic.samples != nullptr && !isMono;  // means are no whole numbers
+  if (facts.isScaled) SetColours();
   SetBlack();
   AddCards();
 }

@@ -33,4 +33,9 @@ int TiffHandle::OnError(TIFF*, void* self, char const*, char const* format, va_l
   return 1;  // handled: nothing goes to standard error
 }
 
+// Unknown tags and the like do no harm. What lies beyond the end of the file is an error, though libtiff goes on.
+int TiffHandle::OnWarning(TIFF* tiff, void* self, char const* module, char const* format, va_list arguments) {
+  return std::string(format).starts_with("IO error") ? OnError(tiff, self, module, format, arguments) : 1;
+}
+
 }  // namespace orb::host

@@ -24,7 +24,7 @@ class TiffHandle {
 
  private:
   static int OnError(TIFF* tiff, void* self, char const* module, char const* format, va_list arguments);
-  static int OnWarning(TIFF*, void*, char const*, char const*, va_list) { return 1; }
+  static int OnWarning(TIFF* tiff, void* self, char const* module, char const* format, va_list arguments);
 
   TIFF* tiff = nullptr;
   std::string error;  // the first

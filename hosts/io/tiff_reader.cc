@@ -64,7 +64,7 @@ struct TiffReader::Impl {
   [[noreturn]] void Fail(std::string const& reason) const {
     throw HostError(Exit::kInput, facts.path + ": not a readable TIFF file: " + reason);
   }
-  [[noreturn]] void FailWithError() const { Fail(handle.Error().empty() ? "libtiff gives no reason" : handle.Error()); }
+  [[noreturn]] void FailWithError() const { Fail(handle.Error().empty() ? "there is no image in it" : handle.Error()); }
 
   void Describe();
   void RequireWhole();
@@ -207,7 +207,7 @@ TiffReader::TiffReader(std::string const& path) {
   facts.path = path;
   RequireReadableFile(path);
   impl = std::make_unique<Impl>(facts, path);
-  if (!impl->handle.IsOpen()) impl->FailWithError();
+  if (!impl->handle.IsOpen() || !impl->handle.Error().empty()) impl->FailWithError();
   impl->Describe();
 }
 

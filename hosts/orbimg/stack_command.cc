@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
 #include <hosts/orbimg/stack_job.h>
@@ -76,6 +77,7 @@ void RunStack(StackOptions const& options, CommandContext& context) {
     throw HostError(Exit::kUsage, fmt::format("stack: {} frame is no stack; give two or more", job.frames.size()));
   }
   Environment environment(context.out, context.err, options.common);
+  CheckImageFile(job.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   StackToFile(job, environment);
   if (!options.preview.empty()) WritePreview(job.output, options.preview, environment.existing);

@@ -1,8 +1,5 @@
 // Colour out of mosaics, and camera raw files: digital negatives made here by libtiff.
-#include <tiffio.h>
-
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,6 +8,7 @@
 #include <hosts/io/raw_file.h>
 #include <tests/io/expect_host_error.h>
 #include <tests/io/scratch_folder.h>
+#include <tests/io/stored_dng.h>
 #include <tests/support/test_images.h>
 
 namespace orb::test {
@@ -94,43 +92,8 @@ TEST(RawNames, AreKnownByTheirEndings) {
   for (char const* name : {"a.tif", "cr2", "a.fits", "a.dngx", ""}) EXPECT_FALSE(host::IsRawName(name)) << name;
 }
 
-constexpr int kWidth = 64;
-constexpr int kHeight = 48;
-
-std::uint16_t SampleAt(int x, int y) { return static_cast<std::uint16_t>(300 + (x * 37 + y * 101) % 3000); }
-
-void WriteDng(std::string const& path) {
-  TIFF* const tiff = TIFFOpen(path.c_str(), "w");
-  TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, 0);
-  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kWidth);
-  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kHeight);
-  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 16);
-  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CFA);
-  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, kHeight);
-  TIFFSetField(tiff, TIFFTAG_MAKE, "Maker");
-  TIFFSetField(tiff, TIFFTAG_MODEL, "Maker Model 1");
-  TIFFSetField(tiff, TIFFTAG_UNIQUECAMERAMODEL, "Maker Model 1");
-  TIFFSetField(tiff, TIFFTAG_DNGVERSION, "\1\3\0\0");
-  TIFFSetField(tiff, TIFFTAG_DNGBACKWARDVERSION, "\1\1\0\0");
-  std::uint16_t const dimensions[] = {2, 2};
-  std::uint8_t const pattern[] = {0, 1, 1, 2};
-  TIFFSetField(tiff, TIFFTAG_CFAREPEATPATTERNDIM, dimensions);
-  TIFFSetField(tiff, TIFFTAG_CFAPATTERN, 4, pattern);
-  float const black[] = {256.0f};
-  std::uint32_t const white[] = {4000};
-  float const matrix[] = {1.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 1.0f};
-  TIFFSetField(tiff, TIFFTAG_BLACKLEVEL, 1, black);
-  TIFFSetField(tiff, TIFFTAG_WHITELEVEL, 1, white);
-  TIFFSetField(tiff, TIFFTAG_COLORMATRIX1, 9, matrix);
-  std::vector<std::uint16_t> row(kWidth);
-  for (int y = 0; y < kHeight; ++y) {
-    for (int x = 0; x < kWidth; ++x) row[static_cast<std::size_t>(x)] = SampleAt(x, y);
-    TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(y));
-  }
-  TIFFClose(tiff);
-}
+constexpr int kWidth = kDngWidth;
+constexpr int kHeight = kDngHeight;
 
 class RawTest : public testing::Test {
  protected:
@@ -149,7 +112,7 @@ TEST_F(RawTest, TheMosaicIsThatOfTheSensor) {
   ASSERT_EQ(kWidth, frame.image.GetWidth());
   ASSERT_EQ(kHeight, frame.image.GetHeight());
   for (int y = 0; y < kHeight; ++y) {
-    for (int x = 0; x < kWidth; ++x) ASSERT_EQ(SampleAt(x, y), frame.image.GetPixelGrayRaw(x, y, 0));
+    for (int x = 0; x < kWidth; ++x) ASSERT_EQ(DngSampleAt(x, y), frame.image.GetPixelGrayRaw(x, y, 0));
   }
   EXPECT_EQ(256.0, frame.image.GetLevelMin(0));
   EXPECT_EQ(4000.0, frame.image.GetLevelMax(0));
@@ -161,7 +124,7 @@ TEST_F(RawTest, TheMosaicIsThatOfTheSensor) {
 TEST_F(RawTest, ColoursAreTheMosaicDebayered) {
   std::vector<std::uint16_t> samples;
   for (int y = 0; y < kHeight; ++y) {
-    for (int x = 0; x < kWidth; ++x) samples.push_back(SampleAt(x, y));
+    for (int x = 0; x < kWidth; ++x) samples.push_back(DngSampleAt(x, y));
   }
   Mosaic const mosaic = BayerMosaic(samples, kWidth);
   auto const reader = host::OpenFrame(folder / "a.dng");
