@@ -2,6 +2,7 @@
 
 #include <csetjmp>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <mutex>
 #include <new>
@@ -74,6 +75,24 @@ bool ReadAllRows(PngInput& input, unsigned char** rows) {
   return true;
 }
 
+// Whether the chunks of the file reach the last one; what they hold is not looked at.
+bool IsWhole(std::FILE* file) {
+  constexpr long kSignature = 8;
+  constexpr std::uint32_t kMostInChunk = 0x7fffffff;
+  if (std::fseek(file, kSignature, SEEK_SET) != 0) return false;
+  for (;;) {
+    unsigned char head[8];
+    if (std::fread(head, sizeof head, 1, file) != 1) return false;
+    std::uint32_t const length = std::uint32_t{head[0]} << 24 | std::uint32_t{head[1]} << 16 |
+                                 std::uint32_t{head[2]} << 8 | std::uint32_t{head[3]};
+    if (length > kMostInChunk) return false;
+    unsigned char check[4];
+    if (std::fseek(file, static_cast<long>(length), SEEK_CUR) != 0) return false;
+    if (std::fread(check, sizeof check, 1, file) != 1) return false;
+    if (std::memcmp(head + 4, "IEND", 4) == 0) return true;
+  }
+}
+
 }  // namespace
 
 struct PngReader::Impl {
@@ -93,6 +112,7 @@ struct PngReader::Impl {
   void Open();
   void Describe();
   void RequirePlausibleSize() const;
+  void RequireWhole() const;
   void ReadInterlaced();
   unsigned char const* Row(int y);
 };
@@ -135,6 +155,12 @@ void PngReader::Impl::RequirePlausibleSize() const {
                                     std::to_string(width) + " x " + std::to_string(height));
 }
 
+void PngReader::Impl::RequireWhole() const {
+  FilePtr const file(std::fopen(facts.path.c_str(), "rb"));
+  if (file && IsWhole(file.get())) return;
+  throw HostError(Exit::kInput, facts.path + ": not a readable PNG file: it is truncated: its last chunk is missing");
+}
+
 void PngReader::Impl::ReadInterlaced() {
   bytes.resize(rowBytes * static_cast<std::size_t>(facts.shape.height));
   std::vector<unsigned char*> rows;
@@ -161,6 +187,7 @@ PngReader::PngReader(std::string const& path) : impl(std::make_unique<Impl>(fact
   facts.path = path;
   RequireReadableFile(path);
   impl->Open();
+  impl->RequireWhole();
   impl->Describe();
 }
 

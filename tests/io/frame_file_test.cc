@@ -225,6 +225,17 @@ TEST_F(FrameFileTest, APngCannotAskForMoreThanItCanHold) {
                         [&] { host::OpenFrame(folder / "b.png"); }));
 }
 
+TEST_F(FrameFileTest, ACutPngIsFoundOnOpening) {
+  host::WriteFrameFile(folder / "a.png", SmallNumbers(40, 30, 1), {}, Existing::kKeep);
+  std::string const bytes = ReadText(folder / "a.png");
+  for (std::size_t size = 8; size < bytes.size(); size += 31) {
+    WriteText(folder / "cut.png", bytes.substr(0, size));
+    EXPECT_TRUE(FailsWith(Exit::kInput, "cut.png: not a readable PNG file", [&] {
+      host::OpenFrame(folder / "cut.png");
+    })) << size;
+  }
+}
+
 TEST_F(FrameFileTest, BmpWithRoomBeforeItsRows) {
   host::WriteFrameFile(folder / "a.bmp", SmallNumbers(5, 4, 3), {}, Existing::kKeep);
   std::string bytes = ReadText(folder / "a.bmp");
