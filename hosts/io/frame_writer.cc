@@ -1,7 +1,9 @@
 #include <hosts/io/frame_writer.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 
 #include <hosts/io/fits_file.h>
@@ -31,16 +33,22 @@ constexpr Ending kEndings[] = {
     {".bmp", FileFormat::kBmp},
 };
 
-// Scratch memory of one image, in a file that has no name.
-COrbImage MakeScratch(Shape const& shape) {
+// An image in a file without a name, in the folder of `path`.
+COrbImage MakeScratch(std::string const& path, Shape const& shape) {
+  std::string const parent = std::filesystem::path(path).parent_path().string();
+  std::string const folder = parent.empty() ? "." : parent;
   CVmManager& manager = CVmManager::OfThread();
-  std::int64_t const before = manager.GetBlockSize();
-  manager.SetBlockSize(0);
   struct Restore {
     CVmManager& manager;
-    std::int64_t size;
-    ~Restore() { manager.SetBlockSize(size); }
-  } const restore{manager, before};
+    std::int64_t size = manager.GetBlockSize();
+    char const* folder = manager.GetScratchFolder();
+    ~Restore() {
+      manager.SetBlockSize(size);
+      manager.SetScratchFolder(folder);
+    }
+  } const restore{manager};
+  manager.SetBlockSize(0);
+  manager.SetScratchFolder(folder.c_str());
   return COrbImage(-32, shape.width, shape.height, shape.planes, 1.0, 0.0, 1, nullptr, nullptr);
 }
 
@@ -48,7 +56,7 @@ class ScratchWriter : public FrameWriter {
  public:
   ScratchWriter(std::string const& initPath, Shape const& initShape, FitsHeader const& initHeader,
                 Existing initExisting)
-      : path(initPath), header(initHeader), existing(initExisting), image(MakeScratch(initShape)) {}
+      : path(initPath), header(initHeader), existing(initExisting), image(MakeScratch(initPath, initShape)) {}
 
   void WriteRows(int plane, int top, int rows, float const* samples) override {
     std::lock_guard<std::mutex> const guard(turn);
@@ -132,7 +140,7 @@ std::string WriteReport::Text() const {
 std::unique_ptr<FrameWriter> MakeFrameWriter(std::string const& path, Shape const& shape, FitsHeader const& header,
                                              Existing existing) {
   if (FormatOf(path) == FileFormat::kFits) return std::make_unique<FitsWriter>(path, shape, header, existing);
-  AtomicFile const probe(path, existing);
+  AtomicFile(path, existing).RequireSpace(std::int64_t{sizeof(float)} * shape.width * shape.height * shape.planes);
   return std::make_unique<ScratchWriter>(path, shape, header, existing);
 }
 

@@ -54,6 +54,8 @@ WriteReport WritePlainImage(std::string const& path, COrbImage const& image, Fit
   SampleType const type = ChooseType(format, settings, image.GetOrgBitsPixel(), path);
   AtomicFile output(path, existing);
   EncodedRows rows(image, type, settings);
+  bool const isPacked = format == FileFormat::kPng || settings.compression != Compression::kNone;
+  if (!isPacked) output.RequireSpace(static_cast<std::int64_t>(image.GetPixelCount()) * BytesOf(type));
   if (format == FileFormat::kTiff) WriteTiffRows(output, rows, header, settings);
   if (format == FileFormat::kPng) WritePngRows(output, rows);
   if (format == FileFormat::kBmp) WriteBmpRows(output, rows);

@@ -28,6 +28,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
   AddConvertCommand(app, context);
+  AddPlotCommand(app, context);
   AddOperatorCommands(app, context);
   AddComposeCommand(app, context);
   AddMosaicCommand(app, context);

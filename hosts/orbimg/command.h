@@ -30,6 +30,7 @@ void AddStackCommand(CLI::App& app, CommandContext& context);
 void AddLevelCommand(CLI::App& app, CommandContext& context);
 void AddRenderCommand(CLI::App& app, CommandContext& context);
 void AddConvertCommand(CLI::App& app, CommandContext& context);
+void AddPlotCommand(CLI::App& app, CommandContext& context);
 void AddOperatorCommands(CLI::App& app, CommandContext& context);  // one for each group of the catalogue
 void AddComposeCommand(CLI::App& app, CommandContext& context);
 void AddMosaicCommand(CLI::App& app, CommandContext& context);

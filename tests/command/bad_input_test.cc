@@ -265,6 +265,9 @@ TEST_F(BadInputTest, AFullDisk) {
   for (std::vector<std::string> const& arguments :
        {std::vector<std::string>{"stack", c, folder / "d.fits", "-o", folder / "disk/out.fits"},
         std::vector<std::string>{"level", c, "--set", "1", "2", "-o", folder / "disk/out.fits"},
+        std::vector<std::string>{"convert", c, "-o", folder / "disk/out.tif"},
+        std::vector<std::string>{"stack", c, folder / "d.fits", "-o", folder / "disk/out.tif"},
+        std::vector<std::string>{"convert", c, "-o", folder / "disk/out.fits.gz"},
         std::vector<std::string>{"calibrate", c, "--dark", folder / "d.fits", "-o", folder / "disk"},
         std::vector<std::string>{"simulate", "--frames", "2", "-o", folder / "disk"}}) {
     EXPECT_TRUE(FailsInOneLine(RunQuietly(arguments), Exit::kResources, {"disk"})) << arguments[0];

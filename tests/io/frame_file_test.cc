@@ -182,6 +182,22 @@ TEST_F(FrameFileTest, WritersInBandsOfAnyOrderGiveTheSameFile) {
   }
 }
 
+// Tiles may come in any order; the file is another one, but not what it holds.
+TEST_F(FrameFileTest, PackedTilesInAnyOrder) {
+  Frame const frame = SmallNumbers(7, 10, 3);
+  for (char const* name : {"a.fits.fz", "a.fits.gz"}) {
+    std::unique_ptr<host::FrameWriter> const writer =
+        host::MakeFrameWriter(folder / name, {7, 10, 3}, {}, Existing::kKeep);
+    for (int p : {2, 0, 1}) {
+      for (int y : {4, 9, 0, 1, 8, 2, 3, 7, 5, 6}) {
+        writer->WriteRows(p, y, 1, frame.image.GetImageAdr(0, y, p, 1, nullptr));
+      }
+    }
+    writer->Commit();
+    EXPECT_TRUE(SameBits(frame.image, Back(name).image)) << name;
+  }
+}
+
 // What a file is stands in it; its name does not matter.
 TEST_F(FrameFileTest, FilesAreKnownByTheirStart) {
   Frame const frame = SmallNumbers(4, 3, 1);

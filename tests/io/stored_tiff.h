@@ -32,6 +32,7 @@ struct StoredTiff {
 
   template <typename Stored>
   void Write(std::string const& path, std::vector<Stored> const& stored) const {
+    TIFFSetWarningHandler(nullptr);  // of the old number of deflate
     TIFF* const tiff = TIFFOpen(path.c_str(), mode.c_str());
     for (int i = 0; i < images; ++i) {
       SetTags(tiff, static_cast<int>(stored.size()) / width / samplesPerPixel);
