@@ -92,6 +92,18 @@ std::size_t FitsHeader::EndOfCard(std::size_t index) const {
   return end;
 }
 
+void FitsHeader::Carry(std::vector<std::string> const& fileCards) {
+  bool dropsContinuation = false;
+  for (std::string const& card : fileCards) {
+    bool const isContinuation = ContinuationOf(card).has_value();
+    if (!isContinuation) dropsContinuation = IsStructural(KeywordOf(card));
+    if (dropsContinuation) continue;
+    if (card.starts_with("COMMENT   FITS (Flexible Image Transport System) format is defined in 'Astronomy")) continue;
+    if (card.starts_with("COMMENT   and Astrophysics', volume 376, page 359; bibcode: 2001A&A...376..359H")) continue;
+    cards.push_back(card);
+  }
+}
+
 bool FitsHeader::Has(std::string const& keyword) const { return Find(keyword) < cards.size(); }
 
 std::optional<std::string> FitsHeader::Text(std::string const& keyword) const {

@@ -14,6 +14,10 @@ class FitsHeader {
   // makes these anew.
   std::vector<std::string> cards;
 
+  // Appends cards of a file, without structural ones (see below) and without the two comments that every writer puts on
+  // top.
+  void Carry(std::vector<std::string> const& fileCards);
+
   // SIMPLE, BITPIX, NAXIS..., EXTEND, BSCALE, BZERO, BLANK, DATAMIN, DATAMAX, CHECKSUM, DATASUM, what belongs to an
   // extension or to compression, END.
   static bool IsStructural(std::string const& keyword);

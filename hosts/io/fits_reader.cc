@@ -1,7 +1,6 @@
 #include <fitsio.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -55,19 +54,6 @@ std::vector<std::string> ReadCards(fitsfile* file, std::string const& path) {
   if (text != nullptr) fits_free_memory(text, &freeStatus);
   CheckFitsRead(path, status);
   return cards;
-}
-
-// Cards of the array are dropped, and so are the two comments that every writer puts on top.
-void AppendCarriedCards(std::vector<std::string> const& cards, FitsHeader& header) {
-  bool dropsContinuation = false;
-  for (std::string const& card : cards) {
-    bool const isContinuation = ContinuationOf(card).has_value();
-    if (!isContinuation) dropsContinuation = FitsHeader::IsStructural(KeywordOf(card));
-    if (dropsContinuation) continue;
-    if (card.starts_with("COMMENT   FITS (Flexible Image Transport System) format is defined in 'Astronomy")) continue;
-    if (card.starts_with("COMMENT   and Astrophysics', volume 376, page 359; bibcode: 2001A&A...376..359H")) continue;
-    header.cards.push_back(card);
-  }
 }
 
 struct Array {
@@ -170,35 +156,58 @@ int MemoryTypeOf(int bitpix) {
   }
 }
 
-std::string IntegerName(int bitpix, Scaling const& scaling) {
-  std::string const name = std::to_string(bitpix) + "-bit integer";
-  if (scaling.IsIdentity()) return (bitpix == 8 ? "unsigned " : "signed ") + name;
-  // The other kind of integer is stored with the middle of its range as zero.
-  double const middle = std::ldexp(1.0, bitpix - 1);
-  if (scaling.scale == 1.0 && scaling.zero == (bitpix == 8 ? -middle : middle)) {
-    return (bitpix == 8 ? "signed " : "unsigned ") + name;
+SampleType StoredType(int bitpix) {
+  switch (bitpix) {
+    case 8:
+      return SampleType::kUint8;
+    case 16:
+      return SampleType::kInt16;
+    case 32:
+      return SampleType::kInt32;
+    case 64:
+      return SampleType::kInt64;
+    case -32:
+      return SampleType::kFloat;
+    default:
+      return SampleType::kDouble;
   }
-  return "scaled " + name;
+}
+
+// The zero that stands for the other kind of integer, signed or not: the middle of its range.
+double OtherKindsZero(int bitpix) { return bitpix == 8 ? -128.0 : std::ldexp(1.0, bitpix - 1); }
+
+bool HasOtherKindsZero(int bitpix, Scaling const& scaling) {
+  return bitpix > 0 && scaling.scale == 1.0 && scaling.zero == OtherKindsZero(bitpix);
+}
+
+bool IsUnscaled(int bitpix, Scaling const& scaling) {
+  return scaling.IsIdentity() || HasOtherKindsZero(bitpix, scaling);
+}
+
+SampleType MeantType(int bitpix, Scaling const& scaling) {
+  if (!HasOtherKindsZero(bitpix, scaling)) return StoredType(bitpix);
+  if (bitpix == 8) return SampleType::kInt8;
+  return bitpix == 16 ? SampleType::kUint16 : bitpix == 32 ? SampleType::kUint32 : SampleType::kUint64;
+}
+
+std::string NumberName(int bitpix) {
+  return bitpix > 0 ? std::to_string(bitpix) + "-bit integer" : std::to_string(-bitpix) + "-bit float";
 }
 
 }  // namespace
 
-std::string Shape::Text() const {
-  std::string const plane = std::to_string(width) + " x " + std::to_string(height);
-  return planes == 1 ? plane : plane + " x " + std::to_string(planes) + " planes";
-}
-
 struct FitsReader::Impl {
-  std::string path;
+  FrameFacts& facts;
+  std::string const& path;
   fitsfile* file = nullptr;
   std::mutex turn;
   orb::host::Shape shape;
   int bitpix = 0;
   Scaling scaling;
-  FitsHeader header;
   bool isTopDown = false;
   bool isCompressed = false;
-  std::atomic<std::int64_t> nonFinite{0};
+
+  explicit Impl(FrameFacts& initFacts) : facts(initFacts), path(facts.path) {}
 
   ~Impl() {
     int status = 0;
@@ -209,7 +218,9 @@ struct FitsReader::Impl {
   void Open();
   void ReadHeader();
   void RequireLastSample();
+  void Describe();
   void ReadStored(int plane, int fileRow, std::int64_t count, void* stored);
+  Converted ReadPlane(int plane, int top, int rows, float* samples);
 };
 
 void FitsReader::Impl::Open() {
@@ -221,6 +232,7 @@ void FitsReader::Impl::Open() {
 }
 
 void FitsReader::Impl::ReadHeader() {
+  FitsHeader& header = facts.header;
   std::vector<std::string> const primary = ReadCards(file, path);
   Array const array = MoveToImage(file, path);
   shape = ShapeOf(array, path);
@@ -230,11 +242,11 @@ void FitsReader::Impl::ReadHeader() {
   int unit = 1;
   fits_get_hdu_num(file, &unit);
   if (unit == 1) {
-    AppendCarriedCards(primary, header);
+    header.Carry(primary);
   } else {
     FitsHeader own;
-    AppendCarriedCards(ReadCards(file, path), own);
-    AppendCarriedCards(primary, header);
+    own.Carry(ReadCards(file, path));
+    header.Carry(primary);
     for (std::string const& card : own.cards) {
       if (ValueOf(card)) header.Remove(KeywordOf(card));
     }
@@ -268,55 +280,53 @@ void FitsReader::Impl::RequireLastSample() {
   CheckFitsRead(path, status);
 }
 
-FitsReader::FitsReader(std::string const& path) : impl(std::make_unique<Impl>()) {
-  impl->path = path;
+// One plane, whose rows follow each other in the file.
+Converted FitsReader::Impl::ReadPlane(int plane, int top, int rows, float* samples) {
+  std::int64_t const width = shape.width;
+  std::int64_t const rowBytes = width * (std::abs(bitpix) / 8);
+  int const chunkRows = static_cast<int>(std::clamp<std::int64_t>(kChunkBytes / rowBytes, 1, std::max(rows, 1)));
+  std::vector<unsigned char> stored(static_cast<std::size_t>(rowBytes * chunkRows));
+  int const fileTop = isTopDown ? top : shape.height - top - rows;
+  Converted all;
+  for (int done = 0; done < rows; done += chunkRows) {
+    int const count = std::min(chunkRows, rows - done);
+    {
+      std::lock_guard<std::mutex> const guard(turn);
+      ReadStored(plane, fileTop + done, width * count, stored.data());
+    }
+    for (int i = 0; i < count; ++i) {
+      int const row = isTopDown ? done + i : rows - 1 - (done + i);
+      all += ConvertSamples(StoredType(bitpix), stored.data() + i * rowBytes, width, 1, scaling, samples + row * width);
+    }
+  }
+  return all;
+}
+
+void FitsReader::Impl::Describe() {
+  facts.format = "FITS";
+  facts.shape = shape;
+  facts.bitpix = bitpix;
+  facts.type = MeantType(bitpix, scaling);
+  facts.isScaled = !IsUnscaled(bitpix, scaling);
+  facts.typeName = facts.isScaled ? "scaled " + NumberName(bitpix) : NameOf(facts.type);
+}
+
+FitsReader::FitsReader(std::string const& path) : impl(std::make_unique<Impl>(facts)) {
+  facts.path = path;
   impl->Open();
   impl->ReadHeader();
   impl->RequireLastSample();
+  impl->Describe();
 }
 
 FitsReader::~FitsReader() = default;
 
-std::string const& FitsReader::Path() const { return impl->path; }
-
-Shape FitsReader::Shape() const { return impl->shape; }
-
-int FitsReader::Bitpix() const { return impl->bitpix; }
-
-std::string FitsReader::TypeName() const {
-  if (impl->bitpix > 0) return IntegerName(impl->bitpix, impl->scaling);
-  return (impl->scaling.IsIdentity() ? "" : "scaled ") + std::to_string(-impl->bitpix) + "-bit float";
-}
-
-FitsHeader const& FitsReader::Header() const { return impl->header; }
-
-std::int64_t FitsReader::NonFinite() const { return impl->nonFinite; }
-
-void FitsReader::ReadRows(int plane, int top, int rows, float* samples) {
-  orb::host::Shape const& shape = impl->shape;
-  if (plane < 0 || plane >= shape.planes || top < 0 || rows < 0 || rows > shape.height - top) {
-    throw HostError(Exit::kFailed, impl->path + ": rows " + std::to_string(top) + " to " + std::to_string(top + rows) +
-                                       " of plane " + std::to_string(plane) + " are not in it");
+Converted FitsReader::DoRead(int top, int rows, std::vector<float*> const& planes) {
+  Converted all;
+  for (std::size_t p = 0; p < planes.size(); ++p) {
+    if (planes[p] != nullptr) all += impl->ReadPlane(static_cast<int>(p), top, rows, planes[p]);
   }
-  std::int64_t const width = shape.width;
-  std::int64_t const rowBytes = width * (std::abs(impl->bitpix) / 8);
-  int const chunkRows = static_cast<int>(std::clamp<std::int64_t>(kChunkBytes / rowBytes, 1, std::max(rows, 1)));
-  std::vector<unsigned char> stored(static_cast<std::size_t>(rowBytes * chunkRows));
-  int const fileTop = impl->isTopDown ? top : shape.height - top - rows;
-  std::int64_t nonFinite = 0;
-  for (int done = 0; done < rows; done += chunkRows) {
-    int const count = std::min(chunkRows, rows - done);
-    {
-      std::lock_guard<std::mutex> const guard(impl->turn);
-      impl->ReadStored(plane, fileTop + done, width * count, stored.data());
-    }
-    for (int i = 0; i < count; ++i) {
-      int const row = impl->isTopDown ? done + i : rows - 1 - (done + i);
-      nonFinite +=
-          ConvertSamples(impl->bitpix, stored.data() + i * rowBytes, width, impl->scaling, samples + row * width);
-    }
-  }
-  impl->nonFinite += nonFinite;
+  return all;
 }
 
 }  // namespace orb::host

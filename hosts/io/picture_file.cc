@@ -9,16 +9,15 @@
 #include <memory>
 
 #include <hosts/io/dib_view_internal.h>
+#include <hosts/io/frame_file.h>
 #include <hosts/io/host_error.h>
+#include <hosts/io/plain_image_internal.h>
+#include <hosts/io/png_file.h>
 #include <hosts/io/png_internal.h>
 
 namespace orb::host {
 
 namespace {
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 bool HasEnding(std::string const& path, std::string const& ending) {
   if (path.size() < ending.size()) return false;
@@ -50,18 +49,35 @@ void RequirePictureName(std::string const& path) {
   throw HostError(Exit::kUsage, path + ": pictures are written as .png or .bmp; give one of these endings");
 }
 
-void WritePicture(std::string const& path, HDIB dib, Existing existing) {
-  RequirePictureName(path);
-  DibView const view(dib, path);
-  AtomicFile output(path, existing);
-  std::unique_ptr<std::FILE, FileCloser> file(std::fopen(output.TemporaryPath().c_str(), "wb"));
+void WriteBitmap(AtomicFile& output, HDIB dib) {
+  DibView const view(dib, output.Path());
+  FilePtr file(std::fopen(output.TemporaryPath().c_str(), "wb"));
   if (!file) output.FailWrite(errno);
   errno = 0;
-  bool isWritten = HasEnding(path, ".png") ? WritePng(file.get(), view) : WriteBmp(file.get(), view, path);
+  bool isWritten =
+      HasEnding(output.Path(), ".png") ? WritePng(file.get(), view) : WriteBmp(file.get(), view, output.Path());
   isWritten = isWritten && std::fflush(file.get()) == 0;
   if (!isWritten) output.FailWrite(errno);
   if (std::fclose(file.release()) != 0) output.FailWrite(errno);
+}
+
+void WritePicture(std::string const& path, HDIB dib, Existing existing) {
+  RequirePictureName(path);
+  { DibView const probe(dib, path); }  // before a file appears
+  AtomicFile output(path, existing);
+  WriteBitmap(output, dib);
   output.Commit();
+}
+
+void ReadPng(std::string const& path, COrbImage& image) {
+  try {
+    PngReader reader(path);
+    Frame frame;
+    ReadFrameFile(reader, frame);
+    image.Swap(&frame.image);
+  } catch (std::bad_alloc const&) {
+    throw HostError(Exit::kResources, path + ": not enough memory to read it");
+  }
 }
 
 }  // namespace orb::host

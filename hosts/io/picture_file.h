@@ -15,6 +15,9 @@ void RequirePictureName(std::string const& path);
 // of 8 bits whose palette is the gray ramp is written as gray, which is the same picture.
 void WritePicture(std::string const& path, HDIB dib, Existing existing);
 
+// The same into a file that is not committed yet.
+void WriteBitmap(AtomicFile& output, HDIB dib);
+
 // 8 or 16 bits, gray or colour (alpha is dropped, palettes are resolved, 1, 2 and 4 bits are spread to 8): one or three
 // planes, levels 0 to 255 or 65535. The numbers are taken as they stand, without a gamma.
 void ReadPng(std::string const& path, COrbImage& image);

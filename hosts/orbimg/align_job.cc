@@ -27,11 +27,11 @@ struct Reference {
   }
 };
 
-void ReadFrame(FitsReader& reader, COrbImage& image, Environment& environment) {
+void ReadFrame(FrameReader& reader, COrbImage& image, Environment& environment) {
   WarnOfNonFinite(environment, reader.Path(), ReadSamples(reader, image), "and hide what is near them");
 }
 
-AlignmentOutcome AlignOne(AlignJob const& job, Reference& reference, FitsReader& reader, Environment& environment) {
+AlignmentOutcome AlignOne(AlignJob const& job, Reference& reference, FrameReader& reader, Environment& environment) {
   COrbImage frame;
   ReadFrame(reader, frame, environment);
   if (job.byMatching) {
@@ -56,7 +56,7 @@ AlignedFrame DescribeReference(std::string const& file, Reference const& referen
   return described;
 }
 
-void PrepareReference(AlignJob const& job, FitsReader& reader, Reference& reference, Environment& environment) {
+void PrepareReference(AlignJob const& job, FrameReader& reader, Reference& reference, Environment& environment) {
   ReadFrame(reader, reference.image, environment);
   if (job.byMatching) {
     reference.image = PrepareForMatching(reference.image, job.matching);
@@ -110,7 +110,7 @@ AlignmentList AlignFrames(AlignJob const& job, Environment& environment) {
   std::vector<std::string> const files = LeaveOutBroken(given, 2, referenceFile, environment);
   auto const referenceIndex =
       static_cast<std::size_t>(std::find(files.begin(), files.end(), referenceFile) - files.begin());
-  ReaderList const readers = OpenFrames(files, "frames");
+  ReaderList const readers = OpenFrames(files, "frames", environment);
   std::int64_t const bytes = BytesOf(readers.front()->Shape());
   auto const inFlight = static_cast<int>(std::clamp<std::int64_t>(environment.memory / bytes, 1, environment.threads));
   std::string const text = fmt::format("Aligning {} frames", files.size());

@@ -102,7 +102,7 @@ class Annotation {
   void Run() {
     Check();
     Frame frame;
-    ReadImage(options.input, frame);
+    ReadImage(options.input, frame, environment);
     if (options.view) SetViewLevels(frame.image);
     if (options.rgb && frame.image.IsColor() == 0 && frame.image.ToColor() == 0) throw std::bad_alloc();
     DrawLines(frame.image);
@@ -120,7 +120,7 @@ class Annotation {
     if (IsPicture(options.output)) {
       CheckPictureFile(options.output, environment.existing);
     } else {
-      CheckOutputFile(options.output, environment.existing);
+      CheckImageFile(options.output, environment.existing);
     }
     bool const hasLabels = !options.stars.empty() && options.label != "none";
     if (!texts.empty() || hasLabels) RequireFont(style.font);
@@ -168,7 +168,7 @@ class Annotation {
     }
     frame.header.AddHistory(fmt::format("orbimg annotate: CImgDrawLine, CImgDrawText, {} lines, {} stars, {} texts",
                                         lines.size(), stars.size(), texts.size()));
-    WriteFits(options.output, frame, environment.existing);
+    WriteImage(options.output, frame, environment);
   }
 
   AnnotateOptions const& options;
@@ -206,8 +206,8 @@ void AddAnnotateCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<AnnotateOptions>();
   CLI::App* command = app.add_subcommand("annotate", "Draw lines, texts and star labels into an image");
   command->footer("Example: orbimg annotate stack.fits --text 16 16 \"M 51\" -o labelled.png");
-  command->add_option("file", options->input, "FITS or PNG file")->required();
-  command->add_option("-o,--output", options->output, "FITS file, or picture (.png, .bmp) through the levels")
+  command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
+  command->add_option("-o,--output", options->output, ".fits or .tif, or a picture (.png, .bmp) through the levels")
       ->required();
   AddRepeated(*command, "--line", options->lines, 4, "X1 Y1 X2 Y2", "From pixel to pixel, row 0 on top; repeatable");
   AddRepeated(*command, "--text", options->texts, 3, "X Y TEXT", "With its upper left corner at X Y; repeatable");

@@ -36,7 +36,7 @@ void AddCalibrateCommand(CLI::App& app, CommandContext& context) {
   CLI::App* command = app.add_subcommand("calibrate", "Calibrate lights with darks and flats");
   command->footer("Example: orbimg calibrate lights/*.fits --dark darks/*.fits --flat flats/*.fits -o calibrated");
   CalibrationJob& job = options->job;
-  command->add_option("lights", job.lights, "FITS files of the lights")->required();
+  command->add_option("lights", job.lights, "Files of the lights")->required();
   command->add_option("--dark", job.darks, "One dark, or many, of which the pixel median is taken");
   CLI::Option* flat =
       command->add_option("--flat", job.flats, "One flat, or many: brought to one brightness, then their pixel median");

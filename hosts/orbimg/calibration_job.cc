@@ -9,6 +9,7 @@
 #include <hosts/io/host_error.h>
 #include <hosts/orbimg/file_list.h>
 #include <hosts/orbimg/frame_set.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/master_frame.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/parallel.h>
@@ -35,19 +36,20 @@ struct Inputs {
   ReaderList flatDarks;
 };
 
-ReaderList OpenFor(std::vector<std::string> const& files, std::string const& kind, FitsReader const& light) {
-  ReaderList readers = OpenFrames(files, kind + "s");
+ReaderList OpenFor(std::vector<std::string> const& files, std::string const& kind, FrameReader const& light,
+                   Environment& environment) {
+  ReaderList readers = OpenFrames(files, kind + "s", environment);
   if (!readers.empty()) CheckFitsLights(*readers.front(), kind, light);
   return readers;
 }
 
-Inputs OpenInputs(CalibrationJob const& job) {
+Inputs OpenInputs(CalibrationJob const& job, Environment& environment) {
   Inputs inputs;
-  inputs.lights = OpenFrames(job.lights, "lights");
-  FitsReader const& light = *inputs.lights.front();
-  inputs.darks = OpenFor(job.darks, "dark", light);
-  inputs.flats = OpenFor(job.flats, "flat", light);
-  inputs.flatDarks = OpenFor(job.flatDarks, "flat dark", light);
+  inputs.lights = OpenFrames(job.lights, "lights", environment);
+  FrameReader const& light = *inputs.lights.front();
+  inputs.darks = OpenFor(job.darks, "dark", light, environment);
+  inputs.flats = OpenFor(job.flats, "flat", light, environment);
+  inputs.flatDarks = OpenFor(job.flatDarks, "flat dark", light, environment);
   if (!inputs.flatDarks.empty()) CheckFitsLights(*inputs.flatDarks.front(), "flat dark", *inputs.flats.front());
   return inputs;
 }
@@ -108,7 +110,7 @@ void SetFullLevels(COrbImage& image) {
   }
 }
 
-void CalibrateLight(FitsReader& reader, Masters& masters, std::string const& output, Environment& environment) {
+void CalibrateLight(FrameReader& reader, Masters& masters, std::string const& output, Environment& environment) {
   Frame light;
   light.header = reader.Header();
   light.nonFinite = ReadSamples(reader, light.image);
@@ -122,13 +124,13 @@ void CalibrateLight(FitsReader& reader, Masters& masters, std::string const& out
     light.header.AddHistory("orbimg calibrate: FlatClbrtn, " + masters.flatText);
   }
   SetFullLevels(light.image);
-  WriteFits(output, light, environment.existing);
+  WriteImage(output, light, environment);
 }
 
 void SaveMaster(std::string const& path, std::optional<Frame>& master, Environment& environment) {
   if (path.empty() || !master) return;
   SetFullLevels(master->image);
-  WriteFits(path, *master, environment.existing);
+  WriteImage(path, *master, environment);
 }
 
 void CheckJob(CalibrationJob const& job, Environment const& environment) {
@@ -143,7 +145,7 @@ void CheckJob(CalibrationJob const& job, Environment const& environment) {
     throw HostError(Exit::kUsage, "--save-flat: there is no flat to save; give --flat or --sky-flat");
   }
   for (std::string const& file : {job.saveDark, job.saveFlat}) {
-    if (!file.empty()) CheckOutputFile(file, environment.existing);
+    if (!file.empty()) CheckImageFile(file, environment.existing);
   }
 }
 
@@ -151,7 +153,7 @@ void CheckJob(CalibrationJob const& job, Environment const& environment) {
 
 std::vector<std::string> CalibrateToFolder(CalibrationJob const& job, Environment& environment) {
   CheckJob(job, environment);
-  Inputs const inputs = OpenInputs(job);
+  Inputs const inputs = OpenInputs(job, environment);
   MakeOutputFolder(job.folder);
   std::vector<std::string> outputs = NameOutputs(job, environment);
   std::int64_t const frameBytes = BytesOf(inputs.lights.front()->Shape());

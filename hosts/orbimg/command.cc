@@ -87,6 +87,8 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddSimulateCommand(app, context);
   AddMapCommand(app, context);
   AddMeasureCommand(app, context);
+  AddConvertCommand(app, context);
+  AddPlotCommand(app, context);
   AddDemoCommand(app, context);
   AddRunCommand(app, context);
   AddManualCommand(app, context);

@@ -33,6 +33,8 @@ void AddAlignCommand(CLI::App& app, CommandContext& context);
 void AddStackCommand(CLI::App& app, CommandContext& context);
 void AddLevelCommand(CLI::App& app, CommandContext& context);
 void AddRenderCommand(CLI::App& app, CommandContext& context);
+void AddConvertCommand(CLI::App& app, CommandContext& context);
+void AddPlotCommand(CLI::App& app, CommandContext& context);
 void AddOperatorCommands(CLI::App& app, CommandContext& context);  // one for each group of the catalogue
 void AddMapCommand(CLI::App& app, CommandContext& context);
 void AddComposeCommand(CLI::App& app, CommandContext& context);

@@ -5,6 +5,7 @@
 #include <hosts/catalogue/catalogue.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/composition.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/operator_options.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
@@ -39,11 +40,11 @@ void Print(ComposeOptions const& options, Composition const& result, CommandCont
 
 void RunCompose(ComposeOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
-  CheckOutputFile(options.output, environment.existing);
+  CheckImageFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   Composition result;
   Compose(options.job, environment, result);
-  WriteFits(options.output, result.frame, environment.existing);
+  WriteImage(options.output, result.frame, environment);
   if (!options.preview.empty()) WritePreview(options.output, options.preview, environment.existing);
   Print(options, result, context);
 }
@@ -68,13 +69,15 @@ void AddComposition(CLI::App& compose, OperatorEntry const& entry, CommandContex
   CLI::App* command = compose.add_subcommand(entry.name.substr(sizeof kPrefix - 1), Capitalised(entry.title));
   command->footer(ExampleOf(command->get_name(), entry));
   for (std::size_t i = 0; i < count; ++i) {
-    command
-        ->add_option("--" + entry.frameNames[i], job.files[i], fmt::format("FITS or PNG file: {}", entry.frameNames[i]))
+    command->add_option("--" + entry.frameNames[i], job.files[i], fmt::format("Image file: {}", entry.frameNames[i]))
         ->required();
   }
   AddPlacementOptions(*command, job.placement);
   AddParameterOptions(*command, entry.parameters, job.values, {"planes"});  // all, for an image that is new
-  command->add_option("-o,--output", options->output, "FITS file to write, of the size of the first image")->required();
+  command
+      ->add_option("-o,--output", options->output,
+                   "File to write (.fits, .tif or .png), of the size of the first image")
+      ->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
   command->add_flag("--json", options->json, "Print JSON: how the images lie");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = false});

@@ -134,7 +134,8 @@ void AddDemoCommand(CLI::App& app, CommandContext& context) {
   command->add_option("-o,--output", options->folder, "Folder for the frames, the stacks and the pictures")->required();
   command->add_option("--seed", options->seed, "The same seed gives the same frames (default: 1)");
   command->add_flag("--json", options->json, "Print the report as JSON");
-  AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = false});
+  AddCommonOptions(*command, options->common,
+                   {.writes = true, .runsParallel = true, .usesBands = false, .readsFrames = false});
   command->callback([options, &context] { context.run = [options, &context] { Demo(*options, context).Run(); }; });
 }
 

@@ -33,9 +33,14 @@ ProgressDisplay::Style StyleFor(std::ostream const& err, bool quiet) {
 
 }  // namespace
 
+void AddMosaicOption(CLI::App& command, bool& mosaic) {
+  command.add_flag("--mosaic", mosaic, "Camera raw: the mosaic of the sensor as one plane, not debayered");
+}
+
 void AddCommonOptions(CLI::App& command, CommonOptions& options, CommonNeeds const& needs) {
   command.add_flag("-q,--quiet", options.quiet, "No progress on standard error");
   if (needs.writes) command.add_flag("-f,--force", options.force, "Replace files that exist");
+  if (needs.readsFrames) AddMosaicOption(command, options.mosaic);
   options.threads = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1u, unsigned{kMostThreads}));
   if (needs.runsParallel) {
     command.add_option("--threads", options.threads, "Threads to work with (default: all cores)")
@@ -94,6 +99,7 @@ Environment::Environment(std::ostream& initOut, std::ostream& err, CommonOptions
       progress(err, StyleFor(err, options.quiet)),
       threads(options.threads),
       memory(options.memory),
-      existing(options.force ? Existing::kReplace : Existing::kKeep) {}
+      existing(options.force ? Existing::kReplace : Existing::kKeep),
+      reading{options.mosaic} {}
 
 }  // namespace orb::host

@@ -6,6 +6,7 @@
 #include <string>
 
 #include <hosts/io/atomic_file.h>
+#include <hosts/io/frame_reader.h>
 #include <hosts/orbimg/progress_display.h>
 #include <CLI/CLI.hpp>
 
@@ -17,14 +18,17 @@ struct CommonOptions {
   bool force = false;
   int threads = 1;
   std::int64_t memory = 0;  // bytes
+  bool mosaic = false;
 };
 
-// Adds -q, --threads, and --memory where `usesBands`, and --force where `writes`.
+// Adds -q, --threads, and --memory where `usesBands`, --force where `writes`, and --mosaic where `readsFrames`.
 struct CommonNeeds {
   bool writes = false;
   bool runsParallel = false;
   bool usesBands = false;
+  bool readsFrames = true;
 };
+void AddMosaicOption(CLI::App& command, bool& mosaic);
 void AddCommonOptions(CLI::App& command, CommonOptions& options, CommonNeeds const& needs);
 
 // Finite numbers from `low` to `high`.
@@ -47,6 +51,7 @@ class Environment {
   int threads;
   std::int64_t memory;
   Existing existing;
+  ReadOptions reading;
 };
 
 }  // namespace orb::host

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
+#include <hosts/io/raw_file.h>
 #include <hosts/orbimg/natural_order.h>
 
 namespace orb::host {
@@ -63,6 +64,10 @@ std::string EndingOf(std::string const& path) {
 
 std::string StemOf(std::string const& path) {
   std::string name = BareName(path);
+  for (char const* ending : {".tif", ".tiff", ".png", ".bmp"}) {
+    if (RemoveEnding(name, ending)) return name;
+  }
+  if (IsRawName(name)) return name.substr(0, name.find_last_of('.'));
   if (!RemoveEnding(name, ".gz")) RemoveEnding(name, ".fz");
   if (!RemoveEnding(name, ".fits") && !RemoveEnding(name, ".fit")) RemoveEnding(name, ".fts");
   return name;

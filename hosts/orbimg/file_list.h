@@ -17,7 +17,8 @@ std::vector<std::string> ExpandFiles(std::vector<std::string> const& names, File
 // The name without its folder.
 std::string BareName(std::string const& path);
 
-// The name without its folder and without .fits, .fit, .fts and a following .gz or .fz.
+// The name without its folder and without the ending of a format that is read: .fits, .fit, .fts and a following .gz
+// or .fz, .tif, .tiff, .png, .bmp, and those of camera raw.
 std::string StemOf(std::string const& path);
 
 // The ending in lower case with its point, for example ".png"; empty without one.

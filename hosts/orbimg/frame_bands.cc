@@ -75,8 +75,8 @@ void FrameBands::LoadFrame(std::size_t i, RowRange const& band) {
   window.Open(rows.top, rows.bottom);
   if (rows.Count() <= 0) return;
   std::int64_t const before = source.reader->NonFinite();
+  source.reader->ReadPlanes(rows.top, rows.Count(), window.Rows(rows.top));
   for (int p = 0; p < shape.planes; ++p) {
-    source.reader->ReadRows(p, rows.top, rows.Count(), window.Row(p, rows.top));
     if (source.reader->NonFinite() != before) {
       for (RowRange const& part : PartsOutside(counted[i], rows)) {
         nonFinite[i] += CountNonFinite(window.Row(p, part.top), static_cast<std::int64_t>(part.Count()) * shape.width);

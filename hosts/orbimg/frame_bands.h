@@ -14,7 +14,7 @@
 namespace orb::host {
 
 struct BandSource {
-  std::shared_ptr<FitsReader> reader;
+  std::shared_ptr<FrameReader> reader;
   FrameTransform transform;
   // What is done to the rows top .. top + rows - 1 of a plane right after reading; may be empty.
   std::function<void(int plane, int top, int rows, float* samples)> prepare;

@@ -12,7 +12,7 @@ namespace {
 constexpr std::int64_t kMostSamples = std::int64_t{1} << 22;
 }
 
-double FindFrameMedian(FitsReader& reader,
+double FindFrameMedian(FrameReader& reader,
                        std::function<void(int plane, int top, int rows, float* samples)> const& prepare) {
   Shape const shape = reader.Shape();
   std::int64_t const total = static_cast<std::int64_t>(shape.width) * shape.height;

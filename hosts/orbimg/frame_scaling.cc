@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <fmt/format.h>
+#include <hosts/io/frame_file.h>
 #include <hosts/io/host_error.h>
 #include <hosts/orbimg/frame_median.h>
 #include <hosts/orbimg/parallel.h>
@@ -24,7 +25,7 @@ int FindThreads(Shape const& shape, Environment const& environment) {
   return static_cast<int>(std::min<std::int64_t>(environment.threads, environment.memory / needed));
 }
 
-Measured MeasureFrame(FitsReader& reader) {
+Measured MeasureFrame(FrameReader& reader) {
   COrbImage image;
   ReadSamples(reader, image);
   Measured planes;

@@ -2,14 +2,15 @@
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
+#include <hosts/orbimg/image_file.h>
 
 namespace orb::host {
 
-ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind) {
+ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind, Environment& environment) {
   ReaderList readers;
   for (std::string const& file : files) {
-    readers.push_back(std::make_shared<FitsReader>(file));
-    FitsReader const& first = *readers.front();
+    readers.push_back(OpenImage(file, environment));
+    FrameReader const& first = *readers.front();
     Shape const shape = readers.back()->Shape();
     if (shape == first.Shape()) continue;
     throw HostError(Exit::kUsage, fmt::format("{}: is {}, but {} is {}; give {} of one shape", file, shape.Text(),
@@ -24,7 +25,7 @@ std::vector<std::string> LeaveOutBroken(std::vector<std::string> const& files, s
   std::vector<HostError> errors;
   for (std::string const& file : files) {
     try {
-      FitsReader const probe(file);
+      OpenFrame(file, environment.reading);
       readable.push_back(file);
     } catch (HostError const& error) {
       if (file == needed) throw;
@@ -36,7 +37,7 @@ std::vector<std::string> LeaveOutBroken(std::vector<std::string> const& files, s
   return readable;
 }
 
-void CheckFitsLights(FitsReader const& calibration, std::string const& kind, FitsReader const& light) {
+void CheckFitsLights(FrameReader const& calibration, std::string const& kind, FrameReader const& light) {
   Shape const own = calibration.Shape();
   Shape const wanted = light.Shape();
   bool const fits =
@@ -45,15 +46,6 @@ void CheckFitsLights(FitsReader const& calibration, std::string const& kind, Fit
   throw HostError(Exit::kUsage,
                   fmt::format("{}: is {}, but the light {} is {}; give a {} of the same camera and window",
                               calibration.Path(), own.Text(), light.Path(), wanted.Text(), kind));
-}
-
-std::int64_t ReadSamples(FitsReader& reader, COrbImage& image) {
-  Shape const shape = reader.Shape();
-  COrbImage fresh(-32, shape.width, shape.height, shape.planes, 1.0, 0.0, 1, nullptr, nullptr);
-  std::int64_t const before = reader.NonFinite();
-  for (int p = 0; p < shape.planes; ++p) reader.ReadRows(p, 0, shape.height, fresh.GetImageAdr(0, 0, p, 0, nullptr));
-  image.Swap(&fresh);
-  return reader.NonFinite() - before;
 }
 
 void WarnOfNonFinite(Environment& environment, std::string const& path, std::int64_t count,

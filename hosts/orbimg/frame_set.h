@@ -6,16 +6,17 @@
 #include <string>
 #include <vector>
 
-#include <hosts/io/fits_file.h>
+#include <hosts/io/frame_file.h>
 #include <hosts/orbimg/environment.h>
 
 namespace orb::host {
 
-using ReaderList = std::vector<std::shared_ptr<FitsReader>>;
+using ReaderList = std::vector<std::shared_ptr<FrameReader>>;
 
-// Opens every file. HostError where one cannot be read, or has another shape than the first; `kind` says what they are
+// Opens every file, with a warning of what of it is left out. HostError where one cannot be read, or has another shape
+// than the first; `kind` says what they are
 // ("frames", "darks").
-ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind);
+ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind, Environment& environment);
 
 // The files that can be opened, in their order. A broken one is left out with a warning that names it and says why, as
 // one bad frame should not cost a night; HostError where fewer than `least` would remain, or where it is `needed`.
@@ -23,14 +24,11 @@ std::vector<std::string> LeaveOutBroken(std::vector<std::string> const& files, s
                                         std::string const& needed, Environment& environment);
 
 // HostError where calibration frames do not fit lights: another size, or colour for mono.
-void CheckFitsLights(FitsReader const& calibration, std::string const& kind, FitsReader const& light);
+void CheckFitsLights(FrameReader const& calibration, std::string const& kind, FrameReader const& light);
 
 // What becomes of samples that are not finite, for the warning.
 inline constexpr char kGoIntoResult[] = "and go into the result as they stand";
 inline constexpr char kAreLeftOut[] = "and are left out";
-
-// Reads all samples into an image of floats. Returns how many are not finite.
-std::int64_t ReadSamples(FitsReader& reader, COrbImage& image);
 
 // A warning of samples that are not finite, if there are any; `consequence` says what becomes of them.
 void WarnOfNonFinite(Environment& environment, std::string const& path, std::int64_t count,

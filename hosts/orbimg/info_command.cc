@@ -21,6 +21,7 @@ constexpr char const* kKeyCards[] = {"OBJECT",   "DATE-OBS", "EXPTIME",  "EXPTOT
 struct InfoOptions {
   std::vector<std::string> files;
   bool json = false;
+  bool mosaic = false;
 };
 
 struct FileInfo {
@@ -28,14 +29,18 @@ struct FileInfo {
   std::string type;
   Shape shape;
   std::vector<PlaneSummary> planes;
+  std::vector<std::string> notes;
   std::vector<std::pair<std::string, std::string>> cards;
 };
 
-FileInfo Inspect(std::string const& file) {
+FileInfo Inspect(std::string const& file, ReadOptions const& reading) {
   Frame frame;
+  std::unique_ptr<FrameReader> const reader = OpenFrame(file, reading);
+  ReadFrameFile(*reader, frame);
   FileInfo info;
   info.file = file;
-  info.type = ReadImage(file, frame);
+  info.type = reader->Description();
+  info.notes = reader->Facts().notes;
   info.shape = Shape{frame.image.GetWidth(), frame.image.GetHeight(), frame.image.GetPlanes()};
   for (int p = 0; p < info.shape.planes; ++p) info.planes.push_back(SummarizePlane(frame.image, p));
   for (char const* keyword : kKeyCards) {
@@ -55,6 +60,7 @@ std::string Format(FileInfo const& info) {
     text +=
         fmt::format("             sky {:.6g}  noise {:.6g}  not finite {}\n", s.sky.level, s.sky.noise, s.nonFinite);
   }
+  for (std::string const& note : info.notes) text += fmt::format("  {:<10} {}\n", "note", note);
   for (auto const& [keyword, value] : info.cards) text += fmt::format("  {:<10} {}\n", keyword, value);
   return text;
 }
@@ -71,13 +77,14 @@ Json ToJson(FileInfo const& info) {
   Json cards = Json::object();
   for (auto const& [keyword, value] : info.cards) cards[keyword] = value;
   return Json{{"file", info.file}, {"width", info.shape.width}, {"height", info.shape.height},
-              {"type", info.type}, {"planes", planes},          {"cards", cards}};
+              {"type", info.type}, {"planes", planes},          {"notes", info.notes},
+              {"cards", cards}};
 }
 
 void RunInfo(InfoOptions const& options, CommandContext& context) {
   Json all = Json::array();
   for (std::string const& file : ExpandFiles(options.files, FileOrder::kNatural)) {
-    FileInfo const info = Inspect(file);
+    FileInfo const info = Inspect(file, {options.mosaic});
     if (options.json) {
       all.push_back(ToJson(info));
     } else {
@@ -93,8 +100,9 @@ void AddInfoCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* command = app.add_subcommand("info", "Shape, type, levels, statistics and key cards of files");
   command->footer("Example: orbimg info light_001.fits");
-  command->add_option("files", options->files, "FITS or PNG files")->required();
+  command->add_option("files", options->files, "Frames: FITS, TIFF, PNG, BMP or camera raw")->required();
   command->add_flag("--json", options->json, "Print JSON");
+  AddMosaicOption(*command, options->mosaic);
   command->callback([options, &context] { context.run = [options, &context] { RunInfo(*options, context); }; });
 }
 

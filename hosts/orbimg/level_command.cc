@@ -4,9 +4,9 @@
 #include <optional>
 
 #include <fmt/format.h>
-#include <hosts/io/fits_file.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/environment.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
 #include <hosts/orbimg/rectangle_option.h>
@@ -107,17 +107,17 @@ void Print(LevelOptions const& options, COrbImage const& image, CommandContext& 
 void RunLevel(LevelOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
   CheckValues(options);
-  CheckOutputFile(options.output, environment.existing);
+  CheckImageFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   Frame frame;
-  ReadFits(options.input, frame);
+  ReadImage(options.input, frame, environment);
   CheckMeasurable(options, frame);
   CImgAutoLevel image;
   image.Swap(&frame.image);
   frame.header.AddHistory("orbimg level: " + ApplyLevels(options, image));
   CheckLevels(options, image);
   image.Swap(&frame.image);
-  WriteFits(options.output, frame, environment.existing);
+  WriteImage(options.output, frame, environment);
   if (!options.preview.empty()) WriteRendering(options.preview, frame.image, 24, environment.existing);
   Print(options, frame.image, context);
 }
@@ -128,7 +128,7 @@ void AddLevelCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<LevelOptions>();
   CLI::App* command = app.add_subcommand("level", "Set the display levels; samples stay as they are");
   command->footer("Example: orbimg level stack.fits --median 1 6 -o levelled.fits");
-  command->add_option("file", options->input, "FITS file")->required();
+  command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   CLI::Option_group* how = command->add_option_group("how", "Where black and white lie; one of these");
   how->add_option("--area", options->area, "At two fractions of the histogram's area, for example 0.01 0.995")
       ->expected(2)
@@ -147,7 +147,7 @@ void AddLevelCommand(CLI::App& app, CommandContext& context) {
   how->require_option(1);
   command->add_flag("--per-plane", options->perPlane, "Each plane of a colour image by itself");
   command->add_option("--rect", options->rect, "Measure within left top right bottom")->expected(4);
-  command->add_option("-o,--output", options->output, "FITS file to write")->required();
+  command->add_option("-o,--output", options->output, "File to write: .fits, .tif or .png")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) through the new levels");
   command->add_flag("--json", options->json, "Print JSON");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = false, .usesBands = false});

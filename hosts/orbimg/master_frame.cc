@@ -89,7 +89,7 @@ void TakeMedian(ReaderList const& readers, MasterRecipe const& recipe, COrbImage
 }  // namespace
 
 void MakeMaster(ReaderList const& readers, MasterRecipe const& recipe, Environment& environment, Frame& master) {
-  FitsReader& first = *readers.front();
+  FrameReader& first = *readers.front();
   Shape const shape = first.Shape();
   master.header = first.Header();
   if (readers.size() > 1) {

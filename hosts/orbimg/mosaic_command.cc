@@ -155,7 +155,7 @@ void Paste(MosaicOptions& options, MosaicReport const& report, Frame& first, Fra
 
 void RunMosaic(MosaicOptions options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
-  CheckOutputFile(options.output, environment.existing);
+  CheckImageFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   Frame first;
   Frame second;
@@ -171,7 +171,7 @@ void RunMosaic(MosaicOptions options, CommandContext& context) {
   result.header = JoinHeaders({&first.header, &second.header});
   result.header.RemoveWcs();
   AddHistory(options, report, result.header);
-  WriteFits(options.output, result, environment.existing);
+  WriteImage(options.output, result, environment);
   if (!options.preview.empty()) WritePreview(options.output, options.preview, environment.existing);
   Print(options, report, context);
 }
@@ -184,8 +184,8 @@ void AddMosaicCommand(CLI::App& app, CommandContext& context) {
   options->values = options->entry->Defaults();
   CLI::App* command = app.add_subcommand("mosaic", "Paste two images onto one canvas that holds both");
   command->footer("Example: orbimg mosaic left.fits right.fits --align --match-levels -o canvas.fits");
-  command->add_option("first", options->first, "FITS or PNG file, which stays as it lies")->required();
-  command->add_option("second", options->second, "FITS or PNG file, laid over the first")->required();
+  command->add_option("first", options->first, "Image file, which stays as it lies")->required();
+  command->add_option("second", options->second, "Image file, laid over the first")->required();
   AddPlacementOptions(*command, options->placement);
   AddParameterOptions(*command, options->entry->parameters, options->values, {"x", "y"});
   for (char const* moved : {"--dx", "--dy", "--angle"}) {
@@ -193,7 +193,7 @@ void AddMosaicCommand(CLI::App& app, CommandContext& context) {
   }
   command->add_flag("--match-levels", options->matchLevels,
                     "First add to the second image what makes it as bright as the first where both have samples");
-  command->add_option("-o,--output", options->output, "FITS file to write")->required();
+  command->add_option("-o,--output", options->output, "File to write: .fits, .tif or .png")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
   command->add_flag("--json", options->json, "Print JSON: the canvas, and how the images lie");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = true});

@@ -6,6 +6,7 @@
 #include <fmt/ranges.h>
 #include <hosts/catalogue/catalogue.h>
 #include <hosts/orbimg/command.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/operator_example.h>
 #include <hosts/orbimg/operator_job.h>
 #include <hosts/orbimg/operator_options.h>
@@ -107,11 +108,11 @@ void Print(OperatorOptions const& options, OperatorOutcome const& outcome, Comma
 void RunOperatorCommand(OperatorOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
   bool const writes = options.job.entry->DoesWrite();
-  if (writes) CheckOutputFile(options.output, environment.existing);
+  if (writes) CheckImageFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   OperatorOutcome outcome;
   RunOperator(options.job, environment, outcome);
-  if (writes) WriteFits(options.output, outcome.frame, environment.existing);
+  if (writes) WriteImage(options.output, outcome.frame, environment);
   if (!options.preview.empty()) WriteRendering(options.preview, outcome.frame.image, 24, environment.existing);
   Print(options, outcome, context);
 }
@@ -133,13 +134,12 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   job.values = StartingValues(entry);
   CLI::App* command = group.add_subcommand(entry.CommandName(), Capitalised(entry.title));
   command->footer(ExampleOf(group.get_name(), entry));
-  command->add_option("file", job.input, "FITS or PNG file")->required();
+  command->add_option("file", job.input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   if (TakesSourceFile(entry)) {
-    command->add_option(OptionName(entry.sourceName), job.source, "FITS or PNG file: the " + entry.sourceName)
-        ->required();
+    command->add_option(OptionName(entry.sourceName), job.source, "Image file: the " + entry.sourceName)->required();
   }
   if (entry.needsSecond) {
-    command->add_option("--second", job.second, "FITS or PNG file: the second image")->required();
+    command->add_option("--second", job.second, "Image file: the second image")->required();
   }
   AddParameterOptions(*command, entry.parameters, job.values);
   if (entry.FindBlur() >= 0) AddPsfOption(*command, entry, job.psfFrom);
@@ -150,7 +150,7 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
         ->expected(4);
   }
   if (entry.DoesWrite()) {
-    command->add_option("-o,--output", options->output, "FITS file to write")->required();
+    command->add_option("-o,--output", options->output, "File to write: .fits, .tif or .png")->required();
     command->add_option("--preview", options->preview, "Picture (.png, .bmp) of the result through its levels");
   }
   if (entry.cutsToRectangle) {

@@ -1,7 +1,7 @@
 #include <hosts/orbimg/preview.h>
 
 #include <fmt/format.h>
-#include <hosts/io/fits_file.h>
+#include <hosts/io/frame_file.h>
 #include <hosts/io/host_error.h>
 #include <hosts/io/picture_file.h>
 #include <hosts/orbimg/frame_statistics.h>
@@ -26,9 +26,9 @@ void WriteRendering(std::string const& path, COrbImage const& image, int bits, E
   WritePicture(path, dib.get(), existing);
 }
 
-void WritePreview(std::string const& fits, std::string const& picture, Existing existing) {
+void WritePreview(std::string const& file, std::string const& picture, Existing existing) {
   Frame frame;
-  ReadFits(fits, frame);
+  ReadFrameFile(file, frame);
   SetViewLevels(frame.image);
   WriteRendering(picture, frame.image, 24, existing);
 }

@@ -14,7 +14,7 @@ void SetViewLevels(COrbImage& image);
 // Renders the image through its levels into a PNG or BMP file of 24 or 8 bits.
 void WriteRendering(std::string const& path, COrbImage const& image, int bits, Existing existing);
 
-// Reads a FITS file and renders it through view levels into `picture`. Holds one whole frame.
-void WritePreview(std::string const& fits, std::string const& picture, Existing existing);
+// Reads a file and renders it through view levels into `picture`. Holds one whole frame.
+void WritePreview(std::string const& file, std::string const& picture, Existing existing);
 
 }  // namespace orb::host

@@ -68,7 +68,7 @@ class Planner {
     auto const found = settings.overrides.find(input.name);
     std::vector<std::string> const& patterns = found != settings.overrides.end() ? found->second : input.patterns;
     PlannedInput planned{input.name, FilesOf(input, patterns), Shape{}};
-    if (!planned.files.empty()) planned.shape = FitsReader(planned.files.front()).Shape();
+    if (!planned.files.empty()) planned.shape = OpenFrame(planned.files.front())->Shape();
     // Many files keep their short patterns, which the commands for many files take.
     sources[input.name] = Source{planned.files.size() > 1 ? patterns : planned.files,
                                  static_cast<std::int64_t>(planned.files.size()), planned.shape};

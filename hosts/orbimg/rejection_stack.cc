@@ -8,12 +8,12 @@ namespace orb::host {
 namespace {
 
 void ReadWhole(BandSource const& source, WindowedFrame& frame, Environment& environment) {
-  FitsReader& reader = *source.reader;
+  FrameReader& reader = *source.reader;
   Shape const& shape = frame.GetShape();
   frame.Open(0, shape.height);
   std::int64_t const before = reader.NonFinite();
+  reader.ReadPlanes(0, shape.height, frame.Rows(0));
   for (int p = 0; p < shape.planes; ++p) {
-    reader.ReadRows(p, 0, shape.height, frame.Row(p, 0));
     if (source.prepare) source.prepare(p, 0, shape.height, frame.Row(p, 0));
   }
   WarnOfNonFinite(environment, reader.Path(), reader.NonFinite() - before, kGoIntoResult);

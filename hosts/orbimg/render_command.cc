@@ -22,7 +22,7 @@ void RunRender(RenderOptions const& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
   CheckPictureFile(options.output, environment.existing);
   Frame frame;
-  ReadImage(options.input, frame);
+  ReadImage(options.input, frame, environment);
   if (options.view) SetViewLevels(frame.image);
   WriteRendering(options.output, frame.image, options.bits, environment.existing);
 }
@@ -33,7 +33,7 @@ void AddRenderCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<RenderOptions>();
   CLI::App* command = app.add_subcommand("render", "Render an image through its levels to PNG or BMP");
   command->footer("Example: orbimg render levelled.fits -o picture.png");
-  command->add_option("file", options->input, "FITS or PNG file")->required();
+  command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   command->add_option("-o,--output", options->output, "Picture, .png or .bmp")->required();
   command->add_option("--bits", options->bits, "24, or 8 with a palette (default: 24)")->check(CLI::IsMember({24, 8}));
   command->add_flag("--view", options->view,

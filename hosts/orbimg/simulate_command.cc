@@ -50,7 +50,8 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
   command->add_option("--trail", options->trailLight, "The light that a satellite crosses, 0 for none (default: 6)")
       ->check(CLI::Range(0, 999));
   command->add_option("--seed", settings.seed, "The same seed gives the same frames (default: 1)");
-  AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = false});
+  AddCommonOptions(*command, options->common,
+                   {.writes = true, .runsParallel = true, .usesBands = false, .readsFrames = false});
   command->callback([options, &context] { context.run = [options, &context] { RunSimulate(*options, context); }; });
 }
 

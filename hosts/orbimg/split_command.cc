@@ -27,9 +27,7 @@ std::vector<std::string> const& ChannelNames() { return FindOperator("separate")
 
 std::string PathOf(SplitOptions const& options, std::string const& channel) {
   std::filesystem::path const folder = options.folder;
-  std::string const stem =
-      IsPngFile(options.input) ? std::filesystem::path(options.input).stem().string() : StemOf(options.input);
-  return (folder / (stem + "_" + channel + ".fits")).string();
+  return (folder / (StemOf(options.input) + "_" + channel + ".fits")).string();
 }
 
 void WriteChannel(SplitOptions const& options, std::string const& channel, Frame& source, Environment& environment) {
@@ -70,7 +68,7 @@ void AddSplitCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<SplitOptions>();
   CLI::App* command = app.add_subcommand("split", "Take a colour image apart into channels");
   command->footer("Example: orbimg split colour.fits --channels red green blue -o channels");
-  command->add_option("file", options->input, "FITS or PNG file of three planes")->required();
+  command->add_option("file", options->input, "Image file of three planes")->required();
   command
       ->add_option("--channels", options->channels,
                    "Which ones: red, green, blue, cyan, magenta, yellow (default: red green blue)")

@@ -7,6 +7,7 @@
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/file_list.h>
 #include <hosts/orbimg/frame_set.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/output_check.h>
 #include <hosts/orbimg/preview.h>
 #include <hosts/orbimg/stack_job.h>
@@ -128,6 +129,7 @@ void RunStack(StackOptions const& options, CommandContext& context) {
   }
   Environment environment(context.out, context.err, options.common);
   DropBroken(job.frames, environment);
+  CheckImageFile(job.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   WarnOfFewFrames(job, environment);
   StackToFile(job, environment);
@@ -194,9 +196,9 @@ void AddStackCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<StackOptions>();
   CLI::App* command = app.add_subcommand("stack", "Join frames into one");
   command->footer("Example: orbimg stack alignment.json --mode median -o stack.fits");
-  command->add_option("frames", options->inputs, "An alignment file (.json), or FITS files that lie alike")->required();
+  command->add_option("frames", options->inputs, "An alignment file (.json), or frames that lie alike")->required();
   AddModeOptions(*command, options);
-  command->add_option("-o,--output", options->output, "FITS file for the stack")->required();
+  command->add_option("-o,--output", options->output, "File for the stack: .fits, .tif or .png")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) to look at");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = true, .usesBands = true});
   command->callback([options, &context] { context.run = [options, &context] { RunStack(*options, context); }; });

@@ -6,6 +6,7 @@
 #include <hosts/io/host_error.h>
 #include <hosts/orbimg/band_stack.h>
 #include <hosts/orbimg/frame_set.h>
+#include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/interrupt.h>
 #include <hosts/orbimg/mean_stack.h>
 #include <hosts/orbimg/rejection_stack.h>
@@ -43,7 +44,7 @@ std::vector<BandSource> MakeSources(StackJob const& job, ReaderList const& reade
 }
 
 // The levels on the cards of a frame; planes without cards of their own take plane 0's. False without plane 0's.
-bool SetLevelsOf(FitsReader const& reader, COrbImage& image) {
+bool SetLevelsOf(FrameReader const& reader, COrbImage& image) {
   if (!SetLevelsFromCards(reader.Header(), 0, image)) return false;
   for (int p = 1; p < image.GetPlanes(); ++p) {
     if (SetLevelsFromCards(reader.Header(), p, image)) continue;
@@ -70,7 +71,7 @@ SetLevels MakeLevelSetter(ReaderList const& readers, bool on256) {
   return [&readers](COrbImage& image, std::size_t i) { SetLevelsOf(*readers[i], image); };
 }
 
-void WriteBand(FitsWriter& writer, WindowedFrame const& result, RowRange const& rows) {
+void WriteBand(FrameWriter& writer, WindowedFrame const& result, RowRange const& rows) {
   for (int p = 0; p < result.GetShape().planes; ++p) {
     writer.WriteRows(p, rows.top, rows.Count(), result.Row(p, rows.top));
   }
@@ -103,7 +104,7 @@ void ReportTakenOut(JoinCount const& count, Environment& environment) {
                                  percent * static_cast<double>(count.low), percent * static_cast<double>(count.high));
 }
 
-void StackInBands(StackJob const& job, ReaderList const& readers, SetLevels const& setLevels, FitsWriter& writer,
+void StackInBands(StackJob const& job, ReaderList const& readers, SetLevels const& setLevels, FrameWriter& writer,
                   Environment& environment) {
   Shape const shape = readers.front()->Shape();
   StackParameters const& parameters = job.parameters;
@@ -133,7 +134,7 @@ void StackInBands(StackJob const& job, ReaderList const& readers, SetLevels cons
   if (parameters.TakesOut()) ReportTakenOut(takenOut, environment);
 }
 
-void StackWhole(StackJob const& job, ReaderList const& readers, SetLevels const& setLevels, FitsWriter& writer,
+void StackWhole(StackJob const& job, ReaderList const& readers, SetLevels const& setLevels, FrameWriter& writer,
                 Environment& environment) {
   Shape const shape = readers.front()->Shape();
   std::int64_t const needed = kRejectionFrames * BytesOf(shape);
@@ -155,10 +156,11 @@ void StackWhole(StackJob const& job, ReaderList const& readers, SetLevels const&
 void StackToFile(StackJob const& job, Environment& environment) {
   std::vector<std::string> files;
   for (AlignedFrame const& frame : job.frames) files.push_back(frame.file);
-  ReaderList const readers = OpenFrames(files, "frames");
+  ReaderList const readers = OpenFrames(files, "frames", environment);
   SetLevels const setLevels = MakeLevelSetter(readers, job.parameters.on256);
   Shape const shape = readers.front()->Shape();
-  FitsWriter writer(job.output, shape, MakeStackHeader(readers, job.frames, job.parameters), environment.existing);
+  std::unique_ptr<FrameWriter> const writer =
+      MakeFrameWriter(job.output, shape, MakeStackHeader(readers, job.frames, job.parameters), environment.existing);
   // The window of the rejection reads its own result; without it every pixel stands for itself.
   bool const whole = job.parameters.IsRejection() && job.parameters.radius > 0;
   {
@@ -167,10 +169,11 @@ void StackToFile(StackJob const& job, Environment& environment) {
         environment.progress,
         StepText(message, fmt::format("Stacking {} frames, {}", files.size(), job.parameters.mode->name)),
         whole ? static_cast<std::int64_t>(files.size()) - 1 : shape.height);
-    (whole ? StackWhole : StackInBands)(job, readers, setLevels, writer, environment);
+    (whole ? StackWhole : StackInBands)(job, readers, setLevels, *writer, environment);
   }
   StopIfInterrupted();
-  writer.Commit();
+  writer->Commit();
+  WarnOfLosses(environment, job.output, writer->Report());
 }
 
 }  // namespace orb::host

@@ -19,11 +19,12 @@ struct StarsOptions {
   StarFinderSettings settings;
   double saturation = 0.0;
   bool json = false;
+  bool mosaic = false;
 };
 
-std::vector<Star> FindStarsOf(std::string const& file, StarFinderSettings const& settings) {
+std::vector<Star> FindStarsOf(std::string const& file, StarFinderSettings const& settings, ReadOptions const& reading) {
   Frame frame;
-  ReadImage(file, frame);
+  ReadFrameFile(file, frame, reading);
   std::vector<Star> stars = FindStars(frame.image, settings);
   if (!stars.empty()) return stars;
   throw HostError(Exit::kFailed,
@@ -54,7 +55,7 @@ void RunStars(StarsOptions const& options, CommandContext& context) {
   if (options.saturation > 0.0) settings.saturation = options.saturation;
   Json all = Json::array();
   for (std::string const& file : ExpandFiles(options.files, FileOrder::kNatural)) {
-    std::vector<Star> const stars = FindStarsOf(file, settings);
+    std::vector<Star> const stars = FindStarsOf(file, settings, {options.mosaic});
     if (options.json) {
       all.push_back(ToJson(file, stars));
     } else {
@@ -69,9 +70,9 @@ void RunStars(StarsOptions const& options, CommandContext& context) {
 void AddStarsCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<StarsOptions>();
   StarFinderSettings& settings = options->settings;
-  CLI::App* command = app.add_subcommand("stars", "Find stars: position, peak, flux and width, the brightest first");
+  CLI::App* command = app.add_subcommand("stars", "Find stars: position, peak and flux, the brightest first");
   command->footer("Example: orbimg stars stack.fits --json");
-  command->add_option("files", options->files, "FITS or PNG files")->required();
+  command->add_option("files", options->files, "Frames: FITS, TIFF, PNG, BMP or camera raw")->required();
   command
       ->add_option("--threshold", settings.threshold,
                    "How far a star stands above the sky, in units of its noise (default: 5)")
@@ -85,6 +86,7 @@ void AddStarsCommand(CLI::App& app, CommandContext& context) {
   command->add_option("--max", settings.maxStars, "Only the brightest so many (default: all)")
       ->check(CLI::Range(1, 10000000));
   command->add_flag("--json", options->json, "Print JSON");
+  AddMosaicOption(*command, options->mosaic);
   command->callback([options, &context] { context.run = [options, &context] { RunStars(*options, context); }; });
 }
 

@@ -40,6 +40,12 @@ float* WindowedFrame::Row(int plane, int y) const {
   return samples + row * shape.width;
 }
 
+std::vector<float*> WindowedFrame::Rows(int y) const {
+  std::vector<float*> rows;
+  for (int p = 0; p < shape.planes; ++p) rows.push_back(Row(p, y));
+  return rows;
+}
+
 void WindowedFrame::Open(int top, int bottom) {
   Reserve(samples, bytes);
   openTop = top;

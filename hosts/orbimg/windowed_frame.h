@@ -6,8 +6,9 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
-#include <hosts/io/fits_file.h>
+#include <hosts/io/shape.h>
 #include <orbimg/orbimg.h>
 
 namespace orb::host {
@@ -26,6 +27,7 @@ class WindowedFrame {
 
   Shape const& GetShape() const { return shape; }
   float* Row(int plane, int y) const;
+  std::vector<float*> Rows(int y) const;  // row y of each plane
   // Makes an image show the frame, with levels 0 to 255. It does not own the samples: it must not outlive this frame.
   void ShowIn(COrbImage& image) const;
 

@@ -43,6 +43,7 @@ class BadInputTest : public testing::Test {
             {"mosaic", good, bad, "-o", folder / "out.fits"},
             {"split", bad, "-o", folder / "out"},
             {"render", bad, "-o", folder / "out.png"},
+            {"convert", bad, "-o", folder / "out.tif"},
             {"annotate", bad, "--line", "0", "0", "5", "5", "-o", folder / "out.fits"}};
   }
 
@@ -95,6 +96,37 @@ TEST_F(BadInputTest, TruncatedFits) {
   WriteConstant(folder / "cut.fits", 300, 200, 5.0f);
   fs::resize_file(folder / "cut.fits", 100000);
   ExpectRefused(folder / "cut.fits", {"cut.fits"});
+}
+
+TEST_F(BadInputTest, TruncatedPictures) {
+  host::Frame const frame = ReadFrame(folder / "a.fits");
+  for (char const* name : {"cut.tif", "cut.png", "cut.bmp"}) {
+    host::WriteFrameFile(folder / name, frame, {}, host::Existing::kKeep);
+    fs::resize_file(folder / name, fs::file_size(folder / name) - 40);
+    ExpectRefused(folder / name, {name});
+  }
+}
+
+TEST_F(BadInputTest, TextThatIsNamedAsAPicture) {
+  for (char const* name : {"text.tif", "text.png", "text.bmp", "text.cr2"}) {
+    WriteText(folder / name, "This is no image.\n");
+    ExpectRefused(folder / name, {name});
+  }
+}
+
+// Before the input is looked at.
+TEST_F(BadInputTest, OutputsOfNoFormat) {
+  std::string const none = folder / "none.fits";
+  std::string const out = folder / "out.jpg";
+  for (std::vector<std::string> const& arguments :
+       {std::vector<std::string>{"level", none, "--set", "1", "2", "-o", out},
+        std::vector<std::string>{"apply", "invert", none, "-o", out},
+        std::vector<std::string>{"compose", "rgb", "--red", none, "--green", none, "--blue", none, "-o", out},
+        std::vector<std::string>{"mosaic", none, none, "-o", out}, std::vector<std::string>{"convert", none, "-o", out},
+        std::vector<std::string>{"stack", none, none, "-o", out},
+        std::vector<std::string>{"calibrate", none, "--dark", none, "--save-dark", out, "-o", folder / "x"}}) {
+    EXPECT_TRUE(FailsInOneLine(RunQuietly(arguments), Exit::kUsage, {"out.jpg", ".tif", ".png"})) << arguments[0];
+  }
 }
 
 TEST_F(BadInputTest, FitsWithoutAnImage) {
@@ -255,6 +287,9 @@ TEST_F(BadInputTest, AFullDisk) {
   for (std::vector<std::string> const& arguments :
        {std::vector<std::string>{"stack", c, folder / "d.fits", "-o", folder / "disk/out.fits"},
         std::vector<std::string>{"level", c, "--set", "1", "2", "-o", folder / "disk/out.fits"},
+        std::vector<std::string>{"convert", c, "-o", folder / "disk/out.tif"},
+        std::vector<std::string>{"stack", c, folder / "d.fits", "-o", folder / "disk/out.tif"},
+        std::vector<std::string>{"convert", c, "-o", folder / "disk/out.fits.gz"},
         std::vector<std::string>{"calibrate", c, "--dark", folder / "d.fits", "-o", folder / "disk"},
         std::vector<std::string>{"simulate", "--frames", "2", "-o", folder / "disk"}}) {
     EXPECT_TRUE(FailsInOneLine(RunQuietly(arguments), Exit::kResources, {"disk"})) << arguments[0];
