@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include <orbimg/core/row_kernel.h>
+#include <orbimg/filters/clamped_columns_internal.h>
 #include <orbimg/filters/row_convolution_internal.h>
 
 namespace orb {
@@ -25,15 +26,6 @@ ORB_ROW_KERNEL bool IsFiniteRow(float const* samples, std::ptrdiff_t count) {
   return found == 0;
 }
 
-// Columns begin .. end - 1 of a row, the nearest one where there is none.
-void CopyClamped(float const* row, int width, std::ptrdiff_t begin, std::ptrdiff_t end, float* out) {
-  std::ptrdiff_t const first = std::clamp<std::ptrdiff_t>(0, begin, end);
-  std::ptrdiff_t const last = std::clamp<std::ptrdiff_t>(width, first, end);
-  std::fill(out, out + (first - begin), row[0]);
-  std::copy(row + first, row + last, out + (first - begin));
-  std::fill(out + (last - begin), out + (end - begin), row[width - 1]);
-}
-
 }  // namespace
 
 RowConvolution::RowConvolution(CFilterKernel const& kernel, int initWindowRadius, int initWidth, Sums sumsAs)
@@ -48,6 +40,7 @@ RowConvolution::RowConvolution(CFilterKernel const& kernel, int initWindowRadius
       std::count_if(places.begin(), places.end(), [](Place const& place) { return place.weight == 0.0; }));
   if (sumsAs == Sums::kFactored && isWide && m >= kLeastFactored) factored.emplace(kernel);
   if (factored && !factored->IsFaithful()) factored.reset();
+  if (isWide) sides.emplace(kernel, width);
   taps.reserve(places.size());
 }
 
@@ -71,13 +64,11 @@ void RowConvolution::ComputeAll(float* const* rows, int begin, int end, Out* out
     std::fill_n(out, end - begin, Out{0});
     return;
   }
-  // Where the kernel lies inside the row.
-  int const inside = std::clamp(m, begin, end);
-  int const outside = std::clamp(width - m, inside, end);
   if (isWide) {
-    ComputeNarrow(rows, begin, inside, out);
-    ComputeInside(rows, inside, outside, out + (inside - begin));
-    ComputeNarrow(rows, outside, end, out + (outside - begin));
+    Inside const inside = InsideOf(begin, end);
+    ComputeNarrow(rows, begin, inside.begin, out);
+    ComputeInside(rows, inside.begin, inside.end, out + (inside.begin - begin));
+    ComputeNarrow(rows, inside.end, end, out + (inside.end - begin));
   } else {
     ComputeNarrow(rows, begin, end, out);
   }
@@ -104,53 +95,38 @@ bool RowConvolution::DoSkipZeros(float* const* rows, int rowCount, int begin, in
   return std::all_of(rows, rows + rowCount, [=](float const* row) { return IsFiniteRow(row + begin, end - begin); });
 }
 
-bool RowConvolution::TakesFourRows() const { return isWide && HasWideVectors(); }
-
-void RowConvolution::ComputeFour(float* const* rows, int begin, int end, float* const* out) {
-  if (begin >= end) return;
-  int const inside = std::clamp(m, begin, end);
-  int const outside = std::clamp(width - m, inside, end);
-  ComputeFourSides(rows, begin, inside, outside, end, out);
-  for (int j = 0; j < kRowsAtOnce && outside - inside < kLeastColumns; ++j) {
-    ComputeInside(rows + j, inside, outside, out[j] + (inside - begin));
-  }
-  if (outside - inside < kLeastColumns) return;
-  float* const from[] = {out[0] + (inside - begin), out[1] + (inside - begin), out[2] + (inside - begin),
-                         out[3] + (inside - begin)};
-  if (factored) {
-    ComputeFourFactored(rows, inside, outside, from);
-  } else {
-    ComputeFourInside(rows, inside, outside, from);
-  }
+RowConvolution::Inside RowConvolution::InsideOf(int begin, int end) const {
+  int const first = std::clamp(m, begin, end);
+  return {first, std::clamp(width - m, first, end)};
 }
 
-// Columns begin .. inside - 1 and outside .. end - 1. The padded columns of both sides stand next to each other and the
-// rows one behind the other, so that one tap serves all; sums that straddle two sides are made and left.
-void RowConvolution::ComputeFourSides(float* const* rows, int begin, int inside, int outside, int end,
-                                      float* const* out) {
-  int const left = inside - begin;
-  int const right = end - outside;
-  if (left == 0 && right == 0) return;
-  std::ptrdiff_t const leftStride = left > 0 ? left + 2 * std::ptrdiff_t{m} : 0;
-  std::ptrdiff_t const stride = leftStride + (right > 0 ? right + 2 * std::ptrdiff_t{m} : 0);
-  padded.resize(std::max(padded.size(), static_cast<std::size_t>(stride * (2 * m + kRowsAtOnce))));
-  for (int k = 0; k < 2 * m + kRowsAtOnce; ++k) {
-    float* const to = padded.data() + k * stride;
-    if (left > 0) CopyClamped(rows[k], width, std::ptrdiff_t{begin} - m, std::ptrdiff_t{inside} + m, to);
-    if (right > 0) CopyClamped(rows[k], width, std::ptrdiff_t{outside} - m, std::ptrdiff_t{end} + m, to + leftStride);
+void RowConvolution::StartBand(float* const* rows, int rowCount, int begin, int end) {
+  if (begin >= end) return;
+  Inside const inside = InsideOf(begin, end);
+  sides->Sum(rows, rowCount, begin, inside.begin, inside.end, end);
+}
+
+void RowConvolution::ComputeInBand(float* const* rows, int row, int begin, int end, float* out) {
+  if (begin >= end) return;
+  Inside const inside = InsideOf(begin, end);
+  ComputeInside(rows, inside.begin, inside.end, out + (inside.begin - begin));
+  sides->CopyRow(row, out);
+}
+
+void RowConvolution::ComputeFourInBand(float* const* rows, int row, int begin, int end, float* const* out) {
+  Inside const inside = InsideOf(begin, end);
+  if (begin >= end || inside.end - inside.begin < kLeastColumns) {
+    for (int j = 0; j < kRowsAtOnce; ++j) ComputeInBand(rows + j, row + j, begin, end, out[j]);
+    return;
   }
-  taps.clear();
-  for (Place const& place : places) {
-    taps.push_back(Tap{place.weight, padded.data() + place.row * stride + m + place.dx});
+  std::ptrdiff_t const first = inside.begin - begin;
+  float* const from[] = {out[0] + first, out[1] + first, out[2] + first, out[3] + first};
+  if (factored) {
+    ComputeFourFactored(rows, inside.begin, inside.end, from);
+  } else {
+    ComputeFourInside(rows, inside.begin, inside.end, from);
   }
-  std::ptrdiff_t const count = kRowsAtOnce * stride - 2 * std::ptrdiff_t{m};
-  narrow.resize(std::max(narrow.size(), static_cast<std::size_t>(count)));
-  SumTapsNarrowRow(taps.data(), taps.size(), count, narrow.data());
-  for (int j = 0; j < kRowsAtOnce; ++j) {
-    float const* const sumsOfRow = narrow.data() + j * stride;
-    std::copy_n(sumsOfRow, left, out[j]);
-    std::copy_n(sumsOfRow + leftStride, right, out[j] + (outside - begin));
-  }
+  for (int j = 0; j < kRowsAtOnce; ++j) sides->CopyRow(row + j, out[j]);
 }
 
 void RowConvolution::ComputeFourInside(float* const* rows, int begin, int end, float* const* out) {

@@ -7,6 +7,7 @@
 #include <orbimg/filters/convolution_kernels.h>
 #include <orbimg/filters/factored_kernel_internal.h>
 #include <orbimg/filters/filter_kernel.h>
+#include <orbimg/filters/side_sums_internal.h>
 #include <orbimg/filters/wide_kernels.h>
 #include <platform/export.h>
 
@@ -31,10 +32,14 @@ class ORBIMG_API RowConvolution {
   // Results for the columns begin .. end - 1 of the image, none if there are none. `rows` are a window's, at column 0.
   void Compute(float* const* rows, int begin, int end, double* out);
   void Compute(float* const* rows, int begin, int end, float* out);
-  // The same for four neighbouring rows, `rows` being those of the first one's window and three more. Only where
-  // TakesFourRows; faster, not different.
-  bool TakesFourRows() const;
-  void ComputeFour(float* const* rows, int begin, int end, float* const* out);
+  // The same for a band of neighbouring rows; faster, not different. Only where TakesBands. First StartBand with the
+  // rows of all their windows, then its rows one by one, or four together where TakesFourRows. `rows` are then those of
+  // the window of the first one, and of three more windows, and `row` is its place in the band.
+  bool TakesBands() const { return sides.has_value(); }
+  bool TakesFourRows() const { return TakesBands() && HasWideVectors(); }
+  void StartBand(float* const* rows, int rowCount, int begin, int end);
+  void ComputeInBand(float* const* rows, int row, int begin, int end, float* out);
+  void ComputeFourInBand(float* const* rows, int row, int begin, int end, float* const* out);
   // ConvolveClip.
   void ComputeClipped(float* const* rows, int begin, int end, float lo, float hi, float* out);
 
@@ -45,12 +50,18 @@ class ORBIMG_API RowConvolution {
     int dx;
   };
 
+  // Columns begin .. end - 1 where the kernel lies inside the row, none at `end` if there are none.
+  struct Inside {
+    int begin;
+    int end;
+  };
+
+  Inside InsideOf(int begin, int end) const;
   template <typename Out>
   void ComputeAll(float* const* rows, int begin, int end, Out* out);
   template <typename Out>
   void ComputeInside(float* const* rows, int begin, int end, Out* out);
   void ComputeFactored(float* const* rows, int begin, int end, float* out);
-  void ComputeFourSides(float* const* rows, int begin, int inside, int outside, int end, float* const* out);
   void ComputeFourInside(float* const* rows, int begin, int end, float* const* out);
   void ComputeFourFactored(float* const* rows, int begin, int end, float* const* out);
   template <typename WeightAt>
@@ -67,6 +78,7 @@ class ORBIMG_API RowConvolution {
   std::vector<Place> places;  // all weights of that part, in table order
   std::size_t zeroWeights;
   std::optional<FactoredKernel> factored;
+  std::optional<SideSums> sides;
   std::vector<Tap> taps;
   std::vector<FourRowTap> fourTaps;
   std::vector<FourRowTaps> fourLists;

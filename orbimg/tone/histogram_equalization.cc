@@ -2,23 +2,29 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
+#include <functional>
 #include <memory>
 #include <vector>
 
+#include <orbimg/core/operator_run.h>
 #include <orbimg/tone/histogram_equalization_kernels.h>
 #include <orbimg/tone/rank_classes_internal.h>
 #include <orbimg/tone/rank_sorter_internal.h>
 #include <platform/large_pages_internal.h>
+#include <platform/random_numbers_internal.h>
 
 namespace {
 
 constexpr int kMessage = 6177;
 constexpr int kUnits = 258;
 constexpr int kMostPlanes = 3;  // that have extrema
+constexpr int kBlock = 256;     // columns
 
-// Room for one value of each sample. The samples of hundreds of buckets are written side by side, each to pages of its
-// own, which is why large pages matter.
+// The keys of hundreds of buckets and more are walked side by side, each bucket in places of its own, which the
+// processor does not foresee: the next cache line of a bucket is asked for beforehand.
+constexpr std::size_t kKeysAhead = 8;
+
+// Room for one value of each sample; large pages matter for the same reason.
 template <typename Value>
 std::unique_ptr<Value[]> ScratchOf(std::size_t samples) {
   auto scratch = std::make_unique_for_overwrite<Value[]>(samples);
@@ -43,11 +49,9 @@ class PlaneEqualizer {
 
   void Equalize(double min, double max) {
     places = ScratchOf<orb::RankPlace>(samples);
-    levels = ScratchOf<float>(samples);
     keys = ScratchOf<std::uint64_t>(samples);
     orb::RankClasses classes(min, max);
     Classify(classes);
-    DrawTies(classes);
     MakeKeys(classes);
     Rank(classes);
     WriteLevels(classes);
@@ -71,12 +75,12 @@ class PlaneEqualizer {
   }
 
   // One number for each sample of a class, in the order of the plane; those that were dropped are drawn in vain.
-  void DrawTies(orb::RankClasses const& classes) {
-    float* next = levels.get();
+  static void DrawTies(orb::RankClasses const& classes, float* ties) {
     for (std::size_t c = 0; c < orb::kRankClasses; ++c) {
-      std::size_t const kept = classes.KeptOf(c);
-      for (std::size_t i = 0; i < kept; ++i) *next++ = static_cast<float>(std::rand());
-      for (std::size_t i = kept; classes.IsCounted(c) && i < classes.SizeOf(c); ++i) static_cast<void>(std::rand());
+      if (!classes.IsCounted(c)) continue;
+      orb::DrawRandom(classes.KeptOf(c), ties);
+      orb::SkipRandom(classes.SizeOf(c) - classes.KeptOf(c));
+      ties += classes.KeptOf(c);
     }
   }
 
@@ -91,12 +95,33 @@ class PlaneEqualizer {
     return begins;
   }
 
+  // Whether this image's plane can hold the ties until it gets its levels: where no sample keeps what it was, and none
+  // of the source's stands in the same memory.
+  bool IsFreeForTies(orb::RankClasses const& classes, float const* own) const {
+    std::size_t ranked = 0;
+    for (std::size_t c = 0; c < orb::kRankClasses; ++c) ranked += classes.KeptOf(c);
+    float const* const other = SourceRow(0);
+    return ranked == samples &&
+           (std::less_equal<>()(own + samples, other) || std::less_equal<>()(other + samples, own));
+  }
+
   void MakeKeys(orb::RankClasses const& classes) {
-    std::size_t nextTies[orb::kRankClasses];
-    std::size_t first = 0;
+    orb::LockedRow const own(image, 0, 0, plane, false);
+    std::unique_ptr<float[]> scratch;
+    float* ties = own.Address();
+    if (!IsFreeForTies(classes, ties)) {
+      scratch = ScratchOf<float>(samples);
+      ties = scratch.get();
+    }
+    DrawTies(classes, ties);
+    MakeKeys(classes, ties);
+  }
+
+  void MakeKeys(orb::RankClasses const& classes, float const* ties) {
+    float const* nextTies[orb::kRankClasses];
     for (std::size_t c = 0; c < orb::kRankClasses; ++c) {
-      nextTies[c] = first;
-      first += classes.KeptOf(c);
+      nextTies[c] = ties;
+      ties += classes.KeptOf(c);
     }
     orb::RankBucket const* const buckets = classes.Buckets().data();
     std::vector<std::size_t> next = BeginsOf(classes);
@@ -106,12 +131,14 @@ class PlaneEqualizer {
       for (int x = 0; x < width; ++x) {
         std::size_t const place = rowPlaces[x];
         if (place == orb::kUnranked) continue;
-        keys[next[place]++] = orb::RankKey(row[x], levels[nextTies[buckets[place].rankClass]++]);
+        std::size_t const at = next[place]++;
+        __builtin_prefetch(keys.get() + at + kKeysAhead, 1);
+        keys[at] = orb::RankKey(row[x], *nextTies[buckets[place].rankClass]++);
       }
     }
   }
 
-  // The levels of all samples in the order of the buckets, in the place of the ties.
+  // Each key becomes its sample's rank in the plane.
   void Rank(orb::RankClasses const& classes) {
     orb::RankSorter sorter;
     std::size_t first = 0;
@@ -119,33 +146,37 @@ class PlaneEqualizer {
     for (std::size_t c = 0; c < orb::kRankClasses; ++c) {
       for (; bucket < classes.Buckets().size() && classes.Buckets()[bucket].rankClass == c; ++bucket) {
         std::size_t const size = classes.Buckets()[bucket].size;
-        RankBucketAt(first, size, classes, sorter);
+        sorter.Rank(keys.get() + first, size, first);
         first += size;
       }
       if (classes.IsCounted(c)) image.ShowProgress(1);
     }
   }
 
-  void RankBucketAt(std::size_t first, std::size_t count, orb::RankClasses const& classes, orb::RankSorter& sorter) {
-    constexpr std::size_t kBlock = 256;
-    float ofRanks[kBlock];
-    std::size_t const* const sorted = sorter.Sort(keys.get() + first, count);
-    for (std::size_t begin = 0; begin < count; begin += kBlock) {
-      std::size_t const block = std::min(count - begin, kBlock);
-      orb::RankLevelRow(first + begin, static_cast<std::ptrdiff_t>(block), classes.Range(),
-                        static_cast<double>(samples), classes.Min(), ofRanks);
-      for (std::size_t i = 0; i < block; ++i) levels[first + sorted[begin + i]] = ofRanks[i];
-    }
-  }
-
   void WriteLevels(orb::RankClasses const& classes) {
     std::vector<std::size_t> next = BeginsOf(classes);
     for (int y = 0; y < height; ++y) {
-      float* const row = ImageRow(y);
-      orb::RankPlace const* const rowPlaces = PlacesOf(y);
-      for (int x = 0; x < width; ++x) {
-        if (rowPlaces[x] != orb::kUnranked) row[x] = levels[next[rowPlaces[x]]++];
+      for (int x = 0; x < width; x += kBlock) {
+        WriteBlock(classes, PlacesOf(y) + x, std::min(width - x, kBlock), next, ImageRow(y) + x);
       }
+    }
+  }
+
+  void WriteBlock(orb::RankClasses const& classes, orb::RankPlace const* blockPlaces, int columns,
+                  std::vector<std::size_t>& next, float* out) {
+    double ranks[kBlock];
+    float levels[kBlock];
+    for (int x = 0; x < columns; ++x) {
+      std::size_t const place = blockPlaces[x];
+      ranks[x] = 0.0;
+      if (place == orb::kUnranked) continue;
+      std::size_t const at = next[place]++;
+      __builtin_prefetch(keys.get() + at + kKeysAhead, 0);
+      ranks[x] = static_cast<double>(static_cast<std::int64_t>(keys[at]));
+    }
+    orb::RankLevelRow(ranks, columns, classes.Range(), static_cast<double>(samples), classes.Min(), levels);
+    for (int x = 0; x < columns; ++x) {
+      if (blockPlaces[x] != orb::kUnranked) out[x] = levels[x];
     }
   }
 
@@ -156,8 +187,7 @@ class PlaneEqualizer {
   int height;
   std::size_t samples;
   std::unique_ptr<orb::RankPlace[]> places;  // of each sample of the plane
-  std::unique_ptr<float[]> levels;           // first the ties in the order of the classes
-  std::unique_ptr<std::uint64_t[]> keys;     // in the order of the buckets
+  std::unique_ptr<std::uint64_t[]> keys;     // in the order of the buckets, then ranks
 };
 
 }  // namespace

@@ -22,8 +22,10 @@
 // image. A plane of one value, or with an extremum that is infinite or not a number, is copied as it is.
 //
 // One run of 258 units for each plane, always reported, with a tick for each class with a count: message 6177. Scratch
-// memory: 14 bytes a sample of a plane, and 24 (rarely 40) for each sample of the fullest of the buckets into which the
-// classes are divided, where equal samples stay together; lack of it is std::bad_alloc.
+// memory: 10 bytes a sample of a plane, 14 where some samples get no rank, and 16 (rarely 32) for each sample of the
+// fullest of the buckets into which the classes are divided, where equal samples stay together; lack of it is
+// std::bad_alloc. During the run this image holds anything. Draws of many numbers at once spare rand's lock, as
+// platform/random_numbers_internal.h tells; the numbers, and those that come after, are those of single calls.
 #pragma once
 
 #include <orbimg/core/orb_image.h>

@@ -16,13 +16,10 @@ ORB_ROW_KERNEL void RankBinRow(float const* src, std::ptrdiff_t count, double mi
   });
 }
 
-ORB_ROW_KERNEL void RankLevelRow(std::size_t first, std::ptrdiff_t count, double range, double samples, double min,
+ORB_ROW_KERNEL void RankLevelRow(double const* ranks, std::ptrdiff_t count, double range, double samples, double min,
                                  float* levels) {
-  double const from = static_cast<double>(first);
   ORB_COLUMNS_INDEPENDENT
-  for (int i = 0; i < static_cast<int>(count); ++i) {
-    levels[i] = static_cast<float>((from + i) * range / samples + min);
-  }
+  for (std::ptrdiff_t i = 0; i < count; ++i) levels[i] = static_cast<float>(ranks[i] * range / samples + min);
 }
 
 }  // namespace orb

@@ -13,9 +13,9 @@ namespace {
 constexpr std::size_t kLastClass = kRankClasses - 1;
 constexpr std::size_t kMargin = 100;  // samples that a class takes beyond its count
 
-// A bucket should fit the second cache, and there should not be more of them than can be filled side by side, and never
-// more than a place can name.
-constexpr double kSamplesPerBucket = 32768.0;
+// A bucket should be sorted within the nearer caches, and there should not be more of them than can be filled side by
+// side, and never more than a place can name.
+constexpr double kSamplesPerBucket = 8192.0;
 constexpr double kMostBuckets = 16384.0;
 
 // Calls each(x, bin) for the samples of a row that are numbers, and other(x) for the others.
@@ -61,11 +61,19 @@ void RankClasses::Divide(double share) {
 
 void RankClasses::AddRow(float const* src, int count, RankPlace* places) {
   auto const add = [&](int x, std::size_t bin) {
-    ++counted[bin];
     double const v = src[x];
     std::size_t const c = ClassOf(v, bin);
-    std::size_t const place = c < kRankClasses ? BucketOf(v, c) : kUnranked;
-    if (place != kUnranked) ++buckets[place].size;
+    // Most are counted with their buckets.
+    if (c != bin) {
+      ++counted[bin];
+      if (c == kRankClasses) {
+        places[x] = kUnranked;
+        return;
+      }
+      --counted[c];
+    }
+    std::size_t const place = BucketOf(v, c);
+    ++buckets[place].size;
     places[x] = static_cast<RankPlace>(place);
   };
   EachBin(src, count, Min(), range, add, [&](int x) { places[x] = kUnranked; });
@@ -89,6 +97,7 @@ std::size_t RankClasses::BucketOf(double v, std::size_t c) const {
 bool RankClasses::Count() {
   sizes.fill(0);
   for (RankBucket const& bucket : buckets) sizes[bucket.rankClass] += bucket.size;
+  for (std::size_t c = 0; c < kRankClasses; ++c) counted[c] += sizes[c];
   for (std::size_t c = 0; c < kRankClasses; ++c) room[c] = KeptOf(c);
   return room != sizes;
 }

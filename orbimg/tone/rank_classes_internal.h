@@ -63,7 +63,7 @@ class RankClasses {
 
   double range;
   std::array<double, kRankClasses + 1> edges;
-  std::array<std::size_t, kRankClasses> counted{};
+  std::array<std::size_t, kRankClasses> counted{};  // until Count: less those in the buckets, modulo 2^64
   std::array<std::size_t, kRankClasses> sizes{};
   std::array<std::size_t, kRankClasses> room{};  // that is left while dropping
   std::array<Division, kRankClasses> divisions;

@@ -99,34 +99,33 @@ void SortItems(Item* items, Item* spare, std::size_t count, KeyRange range, bool
 
 }  // namespace
 
-std::size_t const* RankSorter::Sort(std::uint64_t const* keys, std::size_t count) {
-  if (places.size() < count) places.resize(count);
-  if (count == 0) return places.data();
+void RankSorter::Rank(std::uint64_t* keys, std::size_t count, std::uint64_t first) {
+  if (count == 0) return;
   auto const [least, most] = RangeOf(keys, count);
   int const placeBits = WidthOf(count - 1);
   if (WidthOf(most - least) + placeBits <= 64) {
-    SortPacked(keys, count, least, most, placeBits);
+    RankPacked(keys, count, least, most, placeBits, first);
   } else {
-    SortKeyed(keys, count, least, most);
+    RankKeyed(keys, count, least, most, first);
   }
-  return places.data();
 }
 
 // Most buckets are so narrow that key and place fit one number.
-void RankSorter::SortPacked(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most,
-                            int placeBits) {
+void RankSorter::RankPacked(std::uint64_t* keys, std::size_t count, std::uint64_t least, std::uint64_t most,
+                            int placeBits, std::uint64_t first) {
   if (packed.size() < 2 * count) packed.resize(2 * count);
   for (std::size_t i = 0; i < count; ++i) packed[i] = (keys[i] - least) << placeBits | i;
   std::uint64_t const mask = (std::uint64_t{1} << placeBits) - 1;
   SortItems(packed.data(), packed.data() + count, count, {0, (most - least) << placeBits | mask}, false);
-  for (std::size_t i = 0; i < count; ++i) places[i] = static_cast<std::size_t>(packed[i] & mask);
+  for (std::size_t i = 0; i < count; ++i) keys[packed[i] & mask] = first + i;
 }
 
-void RankSorter::SortKeyed(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most) {
+void RankSorter::RankKeyed(std::uint64_t* keys, std::size_t count, std::uint64_t least, std::uint64_t most,
+                           std::uint64_t first) {
   if (keyed.size() < 2 * count) keyed.resize(2 * count);
   for (std::size_t i = 0; i < count; ++i) keyed[i] = {keys[i], i};
   SortItems(keyed.data(), keyed.data() + count, count, {least, most}, false);
-  for (std::size_t i = 0; i < count; ++i) places[i] = keyed[i].place;
+  for (std::size_t i = 0; i < count; ++i) keys[keyed[i].place] = first + i;
 }
 
 }  // namespace orb

@@ -20,11 +20,11 @@ inline std::uint64_t RankKey(float value, float tie) {
   return std::uint64_t{ordered} << 32 | static_cast<std::uint32_t>(tie);
 }
 
-// Sorts places 0 .. count - 1 by their keys. Equal keys stay in the order of their places.
+// Ranks keys. Equal keys keep their order.
 class ORBIMG_API RankSorter {
  public:
-  // The places in their new order, valid until the next call.
-  std::size_t const* Sort(std::uint64_t const* keys, std::size_t count);
+  // Each key becomes its rank among them, counted from `first`.
+  void Rank(std::uint64_t* keys, std::size_t count, std::uint64_t first);
 
  private:
   struct Keyed {
@@ -33,12 +33,12 @@ class ORBIMG_API RankSorter {
   };
 
   // `least` and `most` are the extremes of the keys.
-  void SortPacked(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most, int placeBits);
-  void SortKeyed(std::uint64_t const* keys, std::size_t count, std::uint64_t least, std::uint64_t most);
+  void RankPacked(std::uint64_t* keys, std::size_t count, std::uint64_t least, std::uint64_t most, int placeBits,
+                  std::uint64_t first);
+  void RankKeyed(std::uint64_t* keys, std::size_t count, std::uint64_t least, std::uint64_t most, std::uint64_t first);
 
   std::vector<std::uint64_t> packed;
   std::vector<Keyed> keyed;
-  std::vector<std::size_t> places;
 };
 
 }  // namespace orb
