@@ -1,7 +1,7 @@
 // Which columns of a line of the result a frame covers.
 #pragma once
 
-#include <hosts/io/fits_file.h>
+#include <hosts/io/shape.h>
 #include <hosts/orbimg/frame_transform.h>
 
 namespace orb::host {

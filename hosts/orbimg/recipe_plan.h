@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <hosts/io/fits_file.h>
+#include <hosts/io/frame_reader.h>
 #include <hosts/orbimg/environment.h>
 #include <hosts/orbimg/recipe.h>
 
