@@ -149,7 +149,9 @@ int CImage::ChangePlanes(int newPlanes, HWND, char const*) {
 
 int CImage::ChangeSize(int newWidth, int newHeight, HWND, char const*) {
   return SucceedsInMemory([&] {
-    vmImage = std::make_unique<CVmImage>(GetBytesPixel(), newWidth, newHeight, planes);
+    if (!vmImage || !vmImage->Reshape(newWidth, newHeight)) {
+      vmImage = std::make_unique<CVmImage>(GetBytesPixel(), newWidth, newHeight, planes);
+    }
     width = newWidth;
     height = newHeight;
   });

@@ -77,6 +77,7 @@ class CallersBlock : public SampleBlock {
  public:
   explicit CallersBlock(unsigned char* samples) : data(samples) {}
   unsigned char* Data() override { return data; }
+  bool IsOwn() const override { return false; }
 
  private:
   unsigned char* data;

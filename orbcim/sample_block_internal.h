@@ -12,6 +12,9 @@ class SampleBlock {
 
   virtual unsigned char* Data() = 0;
 
+  // Whether the store may put other samples here.
+  virtual bool IsOwn() const { return true; }
+
   // Called when the last lock on the store is released; a block may move its samples then.
   virtual void OnLastUnlock() {}
 };

@@ -86,6 +86,15 @@ void CVmImage::UnlockAll() {
 
 int CVmImage::GetLockCount() const { return locks->Count(); }
 
+bool CVmImage::Reshape(int newWidth, int newHeight) {
+  if (!block->IsOwn()) return false;
+  if (BlockBytes(bytesPixel, newWidth, newHeight, planes) != BlockBytes(bytesPixel, width, height, planes))
+    return false;
+  width = newWidth;
+  height = newHeight;
+  return true;
+}
+
 // Only a block that did move its samples makes us write the address: a store that is only read may be shared by
 // threads.
 void CVmImage::AfterUnlock() {

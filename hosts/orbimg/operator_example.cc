@@ -31,6 +31,7 @@ std::string ExampleOf(std::string const& group, OperatorEntry const& entry) {
   std::string text = fmt::format("Example: orbimg {} {} {}", group, entry.CommandName(), input);
   if (TakesSourceFile(entry)) text += " " + OptionName(entry.sourceName) + " source.fits";
   if (entry.needsSecond) text += " --second second.fits";
+  if (entry.cutsToRectangle) text += " --rect 4 6 36 30";
   if (!entry.tables.empty()) text += " --preset gamma --amount 2.2";
   text += FirstParameter(entry);
   return entry.DoesWrite() ? text + " -o result.fits --preview result.png" : text;

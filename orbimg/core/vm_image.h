@@ -101,6 +101,10 @@ class ORBCIM_API CVmImage {
   void UnlockAll();
   int GetLockCount() const;
 
+  // Takes another size of as many bytes in the memory that is there, whatever it holds. False where the size has
+  // another number of bytes and where the memory is the caller's.
+  bool Reshape(int newWidth, int newHeight);
+
  private:
   friend struct OrbTestAccess;
 

@@ -36,4 +36,13 @@ void AddBinsRow(float const* src, int bin, float* sums, std::ptrdiff_t count) {
   }
 }
 
+ORB_ROW_KERNEL void SumPairsRow(float const* upper, float const* lower, float* sums, std::ptrdiff_t count) {
+  EachBlock(upper, lower, 2 * count, [&](std::ptrdiff_t begin, std::ptrdiff_t end) {
+    ORB_COLUMNS_INDEPENDENT
+    for (std::ptrdiff_t i = begin / 2; i < end / 2; ++i) {
+      sums[i] = 0.0f + upper[2 * i] + upper[2 * i + 1] + lower[2 * i] + lower[2 * i + 1];
+    }
+  });
+}
+
 }  // namespace orb

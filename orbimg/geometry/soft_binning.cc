@@ -20,6 +20,28 @@ int BinnedSize(int size, int bin, bool keepsPartial) {
   return orb::TruncateToInt(whole);
 }
 
+// The bins of a row: whole ones, and one that the source has only some pixels of.
+class BinnedColumns {
+ public:
+  BinnedColumns(int initCount, int sourceWidth, int initBin)
+      : count(initCount),
+        bin(initBin),
+        whole(std::min(initCount, sourceWidth / initBin)),
+        rest(std::min(sourceWidth - whole * bin, bin)) {}
+
+  bool ArePairs() const { return bin == 2 && whole == count; }
+  void AddRow(float const* src, float* sums) const {
+    orb::AddBinsRow(src, bin, sums, whole);
+    if (whole < count) orb::AddBinsRow(src + std::ptrdiff_t{whole} * bin, rest, sums + whole, 1);
+  }
+
+ private:
+  int count;
+  int bin;
+  int whole;
+  int rest;
+};
+
 }  // namespace
 
 int CImgSoftBinning::Do(int binX, int binY, int keepPartial, int scaleLevels, COrbImage* src, int progress) {
@@ -27,18 +49,20 @@ int CImgSoftBinning::Do(int binX, int binY, int keepPartial, int scaleLevels, CO
   if (Resize(BinnedSize(width, binX, keepPartial != 0), BinnedSize(height, binY, keepPartial != 0), progress) == 0) {
     return 0;
   }
-  int const wholeBins = std::min(width, src->GetWidth() / binX);
-  int const rest = std::min(src->GetWidth() - wholeBins * binX, binX);  // pixels of a partial last bin
+  BinnedColumns const columns(width, src->GetWidth(), binX);
   orb::Run run(*this, nullptr);
   run.Start(progress, kMessage, planes * height);
   orb::EachLockedRow(*this, run, [&](float* row, int y, int p) {
-    std::fill(row, row + width, 0.0f);
     std::int64_t const top = std::int64_t{y} * binY;
     std::int64_t const bottom = std::min<std::int64_t>(top + binY, src->GetHeight());
+    if (columns.ArePairs() && bottom - top == 2) {
+      int const v = static_cast<int>(top);
+      orb::SumPairsRow(src->GetImageAdr(0, v, p, 1, nullptr), src->GetImageAdr(0, v + 1, p, 1, nullptr), row, width);
+      return;
+    }
+    std::fill(row, row + width, 0.0f);
     for (std::int64_t v = top; v < bottom; ++v) {
-      float const* const from = src->GetImageAdr(0, static_cast<int>(v), p, 1, nullptr);
-      orb::AddBinsRow(from, binX, row, wholeBins);
-      if (wholeBins < width) orb::AddBinsRow(from + std::ptrdiff_t{wholeBins} * binX, rest, row + wholeBins, 1);
+      columns.AddRow(src->GetImageAdr(0, static_cast<int>(v), p, 1, nullptr), row);
     }
   });
   if (scaleLevels != 0) {

@@ -219,6 +219,19 @@ TEST(ChangeSize, ReallocatesEveryPlane) {
   EXPECT_EQ(5.0f, *(image.GetImageAdr(0, 0, 0, 1, nullptr) + 9 * 8 * 3 - 1));
 }
 
+TEST(ChangeSize, KeepsMemoryOfItsOwnOfThatManyBytes) {
+  COrbImage image = Numbered(4, 3, 3);
+  float const* const memory = image.GetImageAdr(0, 0, 0, 1, nullptr);
+  ASSERT_NE(0, image.ChangeSize(3, 4, nullptr, nullptr));
+  EXPECT_EQ(memory, image.GetImageAdr(0, 0, 0, 1, nullptr));
+  EXPECT_EQ(memory + 3 * 4 * 3 - 1, image.GetImageAdr(2, 3, 2, 1, nullptr));
+  std::vector<float> samples(12, 7.0f);
+  COrbImage wrapped;
+  WrapSamples(wrapped, samples.data(), 4, 3, 1);
+  ASSERT_NE(0, wrapped.ChangeSize(3, 4, nullptr, nullptr));
+  EXPECT_NE(samples.data(), wrapped.GetImageAdr(0, 0, 0, 1, nullptr));
+}
+
 TEST(ChangeSize, FailureLeavesTheImage) {
   COrbImage image = Numbered(4, 3, 3);
   COrbImage const before(image);
