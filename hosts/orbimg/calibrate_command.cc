@@ -30,6 +30,7 @@ void RunCalibrate(CalibrateOptions const& options, CommandContext& context) {
 void AddCalibrateCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<CalibrateOptions>();
   CLI::App* command = app.add_subcommand("calibrate", "Calibrate lights with darks and flats");
+  command->footer("Example: orbimg calibrate lights/*.fits --dark darks/*.fits --flat flats/*.fits -o calibrated");
   CalibrationJob& job = options->job;
   command->add_option("lights", job.lights, "FITS files of the lights")->required();
   command->add_option("--dark", job.darks, "One dark, or many, of which the pixel median is taken");

@@ -19,24 +19,6 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-void AddSubcommands(CLI::App& app, CommandContext& context) {
-  AddInfoCommand(app, context);
-  AddCalibrateCommand(app, context);
-  AddStarsCommand(app, context);
-  AddAlignCommand(app, context);
-  AddStackCommand(app, context);
-  AddLevelCommand(app, context);
-  AddRenderCommand(app, context);
-  AddOperatorCommands(app, context);
-  AddMapCommand(app, context);
-  AddComposeCommand(app, context);
-  AddMosaicCommand(app, context);
-  AddSplitCommand(app, context);
-  AddAnnotateCommand(app, context);
-  AddSimulateCommand(app, context);
-  AddDemoCommand(app, context);
-}
-
 // "orbimg apply invert": the command and what was chosen of it.
 std::string ChosenName(CLI::App const& app) {
   auto const chosen = app.get_subcommands();
@@ -87,6 +69,25 @@ Exit Fail(CommandContext& context, Exit status, std::string const& line) {
 }
 
 }  // namespace
+
+void AddSubcommands(CLI::App& app, CommandContext& context) {
+  AddInfoCommand(app, context);
+  AddCalibrateCommand(app, context);
+  AddStarsCommand(app, context);
+  AddAlignCommand(app, context);
+  AddStackCommand(app, context);
+  AddLevelCommand(app, context);
+  AddRenderCommand(app, context);
+  AddOperatorCommands(app, context);
+  AddMapCommand(app, context);
+  AddComposeCommand(app, context);
+  AddMosaicCommand(app, context);
+  AddSplitCommand(app, context);
+  AddAnnotateCommand(app, context);
+  AddSimulateCommand(app, context);
+  AddDemoCommand(app, context);
+  AddManualCommand(app, context);
+}
 
 Exit RunCommand(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err) {
   CommandContext context{out, err, {}};

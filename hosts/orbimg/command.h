@@ -37,5 +37,7 @@ void AddSplitCommand(CLI::App& app, CommandContext& context);
 void AddAnnotateCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddDemoCommand(CLI::App& app, CommandContext& context);
+void AddManualCommand(CLI::App& app, CommandContext& context);
+void AddSubcommands(CLI::App& app, CommandContext& context);  // all of them
 
 }  // namespace orb::host

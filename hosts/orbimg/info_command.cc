@@ -92,6 +92,7 @@ void RunInfo(InfoOptions const& options, CommandContext& context) {
 void AddInfoCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* command = app.add_subcommand("info", "Shape, type, levels, statistics and key cards of files");
+  command->footer("Example: orbimg info light_001.fits");
   command->add_option("files", options->files, "FITS or PNG files")->required();
   command->add_flag("--json", options->json, "Print JSON");
   command->callback([options, &context] { context.run = [options, &context] { RunInfo(*options, context); }; });

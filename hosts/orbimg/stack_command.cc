@@ -122,6 +122,7 @@ void AddModeOptions(CLI::App& command, std::shared_ptr<StackOptions> const& opti
 void AddStackCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<StackOptions>();
   CLI::App* command = app.add_subcommand("stack", "Join frames into one");
+  command->footer("Example: orbimg stack alignment.json --mode median -o stack.fits");
   command->add_option("frames", options->inputs, "An alignment file (.json), or FITS files that lie alike")->required();
   AddModeOptions(*command, options);
   command->add_option("-o,--output", options->output, "FITS file for the stack")->required();
