@@ -4,6 +4,7 @@
 #include <hosts/orbimg/calibration_job.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/frame_set.h>
 
 namespace orb::host {
 namespace {
@@ -22,6 +23,9 @@ void RunCalibrate(CalibrateOptions const& options, CommandContext& context) {
     throw HostError(Exit::kUsage, "calibrate: nothing to calibrate with; give --dark, --flat or --sky-flat");
   }
   Environment environment(context.out, context.err, options.common);
+  for (auto* files : {&job.lights, &job.darks, &job.flats, &job.flatDarks}) {
+    *files = LeaveOutBroken(*files, 1, {}, environment);
+  }
   CalibrateToFolder(job, environment);
 }
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <new>
 #include <ostream>
+#include <sstream>
 
 #include <fmt/format.h>
 
@@ -86,6 +87,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
   AddDemoCommand(app, context);
+  AddRunCommand(app, context);
   AddManualCommand(app, context);
 }
 
@@ -108,6 +110,16 @@ Exit RunCommand(std::vector<std::string> const& arguments, std::ostream& out, st
   } catch (std::exception const& error) {
     return Fail(context, Exit::kFailed, error.what());
   }
+}
+
+std::string CheckArguments(std::vector<std::string> const& arguments) {
+  std::ostringstream out;
+  std::ostringstream err;
+  CommandContext context{out, err, {}};
+  CLI::App app(kDescription, "orbimg");
+  app.require_subcommand(1);
+  AddSubcommands(app, context);
+  return Parse(app, arguments, context) == Exit::kDone ? std::string() : OneLine(err.str());
 }
 
 }  // namespace orb::host

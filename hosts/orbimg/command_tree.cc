@@ -1,5 +1,10 @@
 #include <hosts/orbimg/command_tree.h>
 
+#include <algorithm>
+#include <sstream>
+
+#include <hosts/orbimg/command.h>
+
 namespace orb::host {
 namespace {
 
@@ -61,5 +66,31 @@ CommandNode Describe(CLI::App const& app, std::string const& above) {
 }  // namespace
 
 CommandNode DescribeCommand(CLI::App const& app) { return Describe(app, {}); }
+
+CommandNode DescribeProgram() {
+  std::ostringstream nowhere;
+  CommandContext context{nowhere, nowhere, {}};
+  CLI::App app("", "orbimg");
+  AddSubcommands(app, context);
+  return DescribeCommand(app);
+}
+
+CommandNode const* FindCommand(CommandNode const& program, std::vector<std::string> const& words) {
+  CommandNode const* command = &program;
+  for (std::string const& word : words) {
+    if (command->subcommands.empty()) break;
+    auto const next = std::find_if(command->subcommands.begin(), command->subcommands.end(),
+                                   [&word](CommandNode const& each) { return each.name == word; });
+    if (next == command->subcommands.end()) return nullptr;
+    command = &*next;
+  }
+  return command->subcommands.empty() ? command : nullptr;
+}
+
+bool HasOption(CommandNode const& command, std::string const& name) {
+  return std::any_of(command.options.begin(), command.options.end(), [&name](OptionNode const& option) {
+    return std::find(option.names.begin(), option.names.end(), name) != option.names.end();
+  });
+}
 
 }  // namespace orb::host

@@ -29,6 +29,11 @@ struct CommandNode {
 };
 
 CommandNode DescribeCommand(CLI::App const& app);
+CommandNode DescribeProgram();
+
+// The command that the first words of a call name; null if they name none.
+CommandNode const* FindCommand(CommandNode const& program, std::vector<std::string> const& words);
+bool HasOption(CommandNode const& command, std::string const& name);
 
 // Calls visit(command) for a command and all below it, in the order in which they were made.
 template <typename Visit>

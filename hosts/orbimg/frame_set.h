@@ -17,11 +17,17 @@ using ReaderList = std::vector<std::shared_ptr<FitsReader>>;
 // ("frames", "darks").
 ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind);
 
+// The files that can be opened, in their order. A broken one is left out with a warning that names it and says why, as
+// one bad frame should not cost a night; HostError where fewer than `least` would remain, or where it is `needed`.
+std::vector<std::string> LeaveOutBroken(std::vector<std::string> const& files, std::size_t least,
+                                        std::string const& needed, Environment& environment);
+
 // HostError where calibration frames do not fit lights: another size, or colour for mono.
 void CheckFitsLights(FitsReader const& calibration, std::string const& kind, FitsReader const& light);
 
 // What becomes of samples that are not finite, for the warning.
 inline constexpr char kGoIntoResult[] = "and go into the result as they stand";
+inline constexpr char kAreLeftOut[] = "and are left out";
 
 // Reads all samples into an image of floats. Returns how many are not finite.
 std::int64_t ReadSamples(FitsReader& reader, COrbImage& image);

@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 #include <hosts/catalogue/catalogue.h>
-#include <hosts/orbimg/command.h>
 #include <hosts/orbimg/command_tree.h>
 #include <hosts/orbimg/completion.h>
 #include <hosts/orbimg/manual_page.h>
@@ -21,15 +20,6 @@ namespace {
 using host::CommandNode;
 using host::OperatorEntry;
 using host::OptionNode;
-
-CommandNode DescribeProgram() {
-  std::ostringstream out;
-  std::ostringstream err;
-  host::CommandContext context{out, err, {}};
-  CLI::App app("Description", "orbimg");
-  host::AddSubcommands(app, context);
-  return host::DescribeCommand(app);
-}
 
 std::vector<CommandNode> Leaves(CommandNode const& program) {
   std::vector<CommandNode> leaves;
@@ -88,7 +78,7 @@ class ManualTest : public testing::Test {
   }
 
   ScratchFolder folder;
-  CommandNode const program = DescribeProgram();
+  CommandNode const program = host::DescribeProgram();
 };
 
 TEST_F(ManualTest, EveryOperatorWithAGroupIsASubcommandWithItsParametersAndChoices) {
