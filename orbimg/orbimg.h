@@ -19,11 +19,11 @@
 #include <orbimg/filters/filter_sharp.h>
 #include <orbimg/filters/filter_special.h>
 #include <orbimg/filters/rotational_gradient.h>
+#include <orbimg/geometry/crop.h>
 #include <orbimg/geometry/expansion.h>
+#include <orbimg/geometry/flip.h>
 #include <orbimg/geometry/resize.h>
 #include <orbimg/geometry/resolution.h>
-#include <orbimg/geometry/crop.h>
-#include <orbimg/geometry/flip.h>
 #include <orbimg/geometry/rotate.h>
 #include <orbimg/geometry/scroll.h>
 #include <orbimg/geometry/soft_binning.h>

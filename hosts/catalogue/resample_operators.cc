@@ -53,12 +53,14 @@ OperatorEntry Resize() {
   return entry;
 }
 
+enum SampledPlace : std::size_t { kMethod, kSampledWidth, kSampledHeight };
+
 // A side that is not given goes along with the other one.
 ImageSize SampledSize(Invocation const& call) {
   double const width = call.image->GetWidth();
   double const height = call.image->GetHeight();
-  double newWidth = call.values[0];
-  double newHeight = call.values[1];
+  double newWidth = call.values[kSampledWidth];
+  double newHeight = call.values[kSampledHeight];
   if (newWidth == 0.0 && newHeight == 0.0) return ImageSize{call.image->GetWidth(), call.image->GetHeight()};
   if (newWidth == 0.0) newWidth = std::max(1.0, std::round(newHeight * width / height));
   if (newHeight == 0.0) newHeight = std::max(1.0, std::round(newWidth * height / width));
@@ -66,12 +68,11 @@ ImageSize SampledSize(Invocation const& call) {
 }
 
 OperatorEntry Resample() {
-  enum Place : std::size_t { kWidth, kHeight, kMethod };
   OperatorEntry entry = OfNewSize("resample", "samples the picture for another number of pixels");
   entry.parameters = {
+      Choice("method", {"linear", "cubic"}, "the sum that makes a sample; the two hardly differ"),
       Integer("width", "pixels", 0, kMostSide, 0, "new width; 0: in proportion to the height"),
       Integer("height", "pixels", 0, kMostSide, 0, "new height; 0: in proportion to the width"),
-      Choice("method", {"linear", "cubic"}, "the sum that makes a sample; the two hardly differ"),
   };
   entry.message = 6110;
   entry.sizeOfResult = SampledSize;

@@ -80,6 +80,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
   AddOperatorCommands(app, context);
+  AddMapCommand(app, context);
   AddComposeCommand(app, context);
   AddMosaicCommand(app, context);
   AddSplitCommand(app, context);

@@ -140,6 +140,7 @@ void AddMapCommand(CLI::App& app, CommandContext& context) {
   options->entry = FindOperator("map");
   options->values.assign(options->entry->parameters.size(), std::nan(""));
   CLI::App* command = app.add_subcommand("map", Capitalised(options->entry->title));
+  command->footer("Example: orbimg map jupiter.fits --disk 36 28 234 226 --tilt-x 15 --graticule -o map.fits");
   command->add_option("file", options->input, "FITS or PNG file")->required();
   CLI::Option* disk =
       command->add_option("--disk", options->disk,

@@ -22,7 +22,7 @@
 // levels.
 //
 // The levels of `src` become those of the map; standard points and centre stay. One unit of progress for each row of
-// each plane, the graticule none, message 6140. Scratch memory: nine numbers a column.
+// each plane, the graticule none, message 6140. Scratch memory: six numbers a column.
 #pragma once
 
 #include <orbimg/core/orb_image.h>

@@ -36,8 +36,8 @@ class ORBIMG_API CImgResolution : public COrbImage {
     return *this;
   }
 
-  // 1; 0 where there is no memory for the new size, with samples and size as they were. Scratch memory: two dozen
-  // numbers for each new column and each new row; ByCubic takes twice as much.
+  // 1; 0 where there is no memory for the new size, with samples and size as they were. Scratch memory: six numbers for
+  // each new column and one for each new row; ByCubic takes 20 more for each of both.
   int ByLinear(COrbImage* src, int newWidth, int newHeight, int progress);
   int ByCubic(COrbImage* src, int newWidth, int newHeight, int progress);
   // ByLinear.
