@@ -57,8 +57,8 @@ sanitize: deps
 # What uses threads, under ThreadSanitizer.
 threads: deps
 	@cmake --preset tsan >/dev/null
-	@cmake --build build-tsan -j $(JOBS) --target orb_catalogue_tests
-	@ctest --test-dir build-tsan --output-on-failure -R catalogue
+	@cmake --build build-tsan -j $(JOBS) --target orb_catalogue_tests orb_restoration_tests
+	@ctest --test-dir build-tsan --output-on-failure -R "catalogue|restoration"
 
 # Each fuzzer for FUZZ_SECONDS.
 FUZZ_SECONDS ?= 60

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -256,6 +257,17 @@ TEST(Wiener, TwoColumnsShowTheTableOfTwoPoints) {
   SetSamples(image, {100.0f, 100.0f});
   image.Do(1.0, 0.1, nullptr, 0);
   EXPECT_GT(std::abs(image.GetPixelGrayRaw(0, 0, 0) - image.GetPixelGrayRaw(1, 0, 0)), 1e-3f);
+}
+
+TEST(Wiener, TwoThreadsGiveTheBitsOfOneAfterTheOther) {
+  Random random(15);
+  CImgWiener expected[2] = {WienerOf(RandomImage(random, 100, 70, 1)), WienerOf(RandomImage(random, 40, 30, 3))};
+  CImgWiener together[2] = {WienerOf(expected[0]), WienerOf(expected[1])};
+  for (CImgWiener& image : expected) image.Do(1.5, 0.01, nullptr, 0);
+  std::thread other([&] { together[1].Do(1.5, 0.01, nullptr, 0); });
+  together[0].Do(1.5, 0.01, nullptr, 0);
+  other.join();
+  for (int i = 0; i < 2; ++i) EXPECT_TRUE(SameBits(expected[i], together[i]));
 }
 
 TEST(Wiener, WorksOnAHostileStore) {
