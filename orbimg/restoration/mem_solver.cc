@@ -212,7 +212,10 @@ void Solver::MakeStart() {
     std::fill_n(p.x, n, 1.0f);
     return;
   }
-  for (std::ptrdiff_t i = 0; i < n; ++i) p.x[i] = static_cast<float>(AtLeastLowest(p.x[i] * scale));
+  double sum = 0.0;
+  for (std::ptrdiff_t i = 0; i < n; ++i) sum += p.x[i];
+  double const toMeanOfOne = static_cast<double>(n) / sum;
+  for (std::ptrdiff_t i = 0; i < n; ++i) p.x[i] = static_cast<float>(AtLeastLowest(p.x[i] * toMeanOfOne));
 }
 
 // Turned by 180 degrees, so that a convolution with it is a correlation with the squares.
@@ -449,10 +452,12 @@ void Solver::MakeStatistics() {
   nsd = std::sqrt(chi / ndata);
 }
 
-// A statistic that is not a number counts as one that is reached: the search could not end otherwise.
+// Statistics that are not numbers reach nothing, and nothing but a number of iterations ends their search; without one
+// they end it at once, or it would not end at all.
 bool Solver::IsAtEnd(int k) const {
-  return !(rmsStep > p.limits[0]) || !(maxStep > p.limits[1]) || !(rmsRes > p.limits[2]) ||
-         (p.limits[3] > 0.0 && k >= p.limits[3]);
+  if (rmsStep <= p.limits[0] || maxStep <= p.limits[1] || rmsRes <= p.limits[2]) return true;
+  if (p.limits[3] > 0.0) return k >= p.limits[3];
+  return std::isnan(rmsStep) || std::isnan(maxStep) || std::isnan(rmsRes);
 }
 
 int Solver::Finish() {

@@ -31,15 +31,16 @@ class COrbImage;
 //   3   `op` reported an error
 //   8   ESC was pressed
 //
-// x, y, weight: nx ny floats each. x is the result (and with useStart above 0 the start; else the start is 1.0); y, the
+// x, y, weight: nx ny floats each. x is the result (and with useStart above 0 the start, which is
+// scaled to a mean of 1; else the start is 1.0); y, the
 // data, is destroyed. `work` holds 5 nx ny floats: gradient, scratch, curvature, the direction convolved, and that
 // correlated. `psf` is (2 halfX + 1) x (2 halfY + 1) floats, `kernelWork` room for as many, `kernelStore` the store of
 // `op`, 2 nx ny floats for MemConvolve.
 //
 // `limits`, in: the search stops when the root mean square step is at most [0], or the largest step at most [1], both
 // in units of the data, or the root mean square change of the residual at most [2], in units of sigma, or [3] above 0
-// and reached by the number of iterations. A step that is not a number stops it too. Out: the two steps, the change of
-// the residual, and the root of chi-square by the number of data.
+// and reached by the number of iterations. Without that number a step that is not one stops it too. Out: the two steps,
+// the change of the residual, and the root of chi-square by the number of data.
 //
 // `variance` is that of the noise, in squared units of the data. `workArrays` is 5. `report` nonzero writes each
 // iteration's figures to the standard output.

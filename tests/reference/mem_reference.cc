@@ -35,7 +35,11 @@ SolverOutcome Solve(std::vector<float> y, std::vector<float> const& w, std::vect
   }
   double const scale = ndata / sum;
   std::vector<float> x(n, 1.0f);
-  for (std::size_t i = 0; i < start.size(); ++i) x[i] = static_cast<float>(std::max(start[i] * scale, 1e-10));
+  double startSum = 0.0;
+  for (float each : start) startSum += each;
+  for (std::size_t i = 0; i < start.size(); ++i) {
+    x[i] = static_cast<float>(std::max(start[i] * (static_cast<double>(n) / startSum), 1e-10));
+  }
   double const sigma = std::sqrt(variance) * scale;
   std::vector<float> square(psf.size());
   for (std::size_t i = 0; i < psf.size(); ++i) {
@@ -218,9 +222,10 @@ SolverOutcome Solve(std::vector<float> y, std::vector<float> const& w, std::vect
     outcome.trace.sub.push_back(sub);
     outcome.trace.stage.push_back(stage);
     outcome.trace.iuch.push_back(iuch);
-    // What is no number is no longer above its limit.
-    bool const goesOn = outcome.limits[0] > limits[0] && outcome.limits[1] > limits[1] && outcome.limits[2] > limits[2];
-    bool const stop = !goesOn || (limits[3] > 0.0 && k >= limits[3]);
+    bool const reached =
+        outcome.limits[0] <= limits[0] || outcome.limits[1] <= limits[1] || outcome.limits[2] <= limits[2];
+    bool const isLost = std::isnan(outcome.limits[0] + outcome.limits[1] + outcome.limits[2]);
+    bool const stop = reached || (limits[3] > 0.0 ? k >= limits[3] : isLost);
     if (!stop) continue;
     float const least = *std::min_element(x.begin(), x.end());
     for (float& each : x) each = static_cast<float>(each / scale);

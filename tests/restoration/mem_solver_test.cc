@@ -424,6 +424,23 @@ TEST(MemSolve, IsSilentWithoutTheReport) {
   EXPECT_EQ("", testing::internal::GetCapturedStdout());
 }
 
+// Statistics that are no numbers do not cut a given number of iterations short.
+TEST(MemSolve, DataThatAreNoNumbersTakeAllIterations) {
+  Random random(18);
+  Field field(16, 8, random, 50.0, 1.0);
+  field.y[17] = std::numeric_limits<float>::quiet_NaN();
+  MemConvolve convolve;
+  int calls = 0;
+  auto const counted = [&](float* out, float const* in, float const* kernel, float* store, int nx, int ny, int halfX,
+                           int halfY, int* mode, COrbImage* progress, int from, int to) {
+    ++calls;
+    convolve(out, in, kernel, store, nx, ny, halfX, halfY, mode, progress, from, to);
+  };
+  double const three[] = {0.5, 1.0, 0.05, 3.0};
+  Solve(field, three, counted, 1.0);
+  EXPECT_EQ(3 + 3 * 2, calls);  // in the setup, and along and across in each iteration
+}
+
 // Whatever comes of them, the search ends.
 TEST(MemSolve, DataThatAreNoNumbersOrSumToNothingEndTheSearch) {
   Random random(15);
