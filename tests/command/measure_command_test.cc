@@ -73,7 +73,13 @@ TEST_F(Measure, ARingIsToldFromAStar) {
 TEST_F(Measure, FindsTheStarsWhereNoneAreGiven) {
   CommandResult const table = RunLoudly({"stars", "--json", folder / "field.fits"});
   Json const stars = Json::parse(table.out)[0]["stars"];
-  EXPECT_NEAR(3.0, stars[0]["width"].get<double>(), 0.15);
+  int seen = 0;  // the ring has maxima of its own
+  for (Json const& star : stars) {
+    if (std::hypot(star["x"].get<double>() - 60.0, star["y"].get<double>() - 40.0) > 0.5) continue;
+    EXPECT_NEAR(3.0, star["width"].get<double>(), 0.15);
+    ++seen;
+  }
+  EXPECT_EQ(1, seen);
   Json const found = MeasureJson({"stars", folder / "field.fits"})[0]["stars"];
   ASSERT_EQ(stars.size(), found.size());
   EXPECT_EQ(stars[0]["x"], found[0]["x"]);
