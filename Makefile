@@ -1,7 +1,8 @@
 # The commands of everyday work. `make demo` and `make test` are all that a newcomer needs.
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo test check bench install clean format headers sanitize threads strict clang installed fuzz
+.PHONY: all deps build demo test check bench install deb check-deb clean format headers sanitize threads strict clang \
+        installed fuzz
 
 all: build
 
@@ -73,6 +74,14 @@ installed: build
 
 install: build
 	@cmake --install build
+
+# build/orbimg_*.deb
+deb: build
+	@cd build && cpack >/dev/null && ls orbimg_*.deb
+
+# Installs that package in a root with nothing but Debian in it, and runs it there. Needs root and the network.
+check-deb: deb
+	@scripts/check-deb build/orbimg_*.deb
 
 clean:
 	@rm -rf build build-*

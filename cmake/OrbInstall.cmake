@@ -13,5 +13,10 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/orbimgConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/orbimgConfig.cmake ${PROJECT_BINARY_DIR}/orbimgConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbimg)
 
+# Names the prefix by its own place, so that the installed tree may stand anywhere.
+file(RELATIVE_PATH orb_prefix_of_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" orb_prefix_of_pc "${orb_prefix_of_pc}")
 configure_file(${CMAKE_CURRENT_LIST_DIR}/orbimg.pc.in ${PROJECT_BINARY_DIR}/orbimg.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orbimg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(DIRECTORY share/recipes DESTINATION ${CMAKE_INSTALL_DATADIR}/orbimg)

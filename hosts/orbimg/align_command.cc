@@ -53,6 +53,7 @@ void AddAlignCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<AlignOptions>();
   AlignJob& job = options->job;
   CLI::App* command = app.add_subcommand("align", "Find shift and rotation of frames to a reference");
+  command->footer("Example: orbimg align calibrated/*.fits -o alignment.json");
   command->add_option("frames", job.files, "Frames: FITS, TIFF, PNG, BMP or camera raw")->required();
   command->add_option("--reference", job.reference, "The frame that the others are laid over (default: the first)");
   command

@@ -104,9 +104,12 @@ AlignmentList Collect(std::vector<std::string> const& files, std::size_t referen
 }  // namespace
 
 AlignmentList AlignFrames(AlignJob const& job, Environment& environment) {
-  std::vector<std::string> files = job.files;
-  std::size_t const referenceIndex = PlaceReference(job, files);
-  if (files.size() < 2) throw HostError(Exit::kUsage, "align: one frame lies over nothing; give two or more");
+  std::vector<std::string> given = job.files;
+  std::string const referenceFile = given[PlaceReference(job, given)];
+  if (given.size() < 2) throw HostError(Exit::kUsage, "align: one frame lies over nothing; give two or more");
+  std::vector<std::string> const files = LeaveOutBroken(given, 2, referenceFile, environment);
+  auto const referenceIndex =
+      static_cast<std::size_t>(std::find(files.begin(), files.end(), referenceFile) - files.begin());
   ReaderList const readers = OpenFrames(files, "frames", environment);
   std::int64_t const bytes = BytesOf(readers.front()->Shape());
   auto const inFlight = static_cast<int>(std::clamp<std::int64_t>(environment.memory / bytes, 1, environment.threads));
@@ -121,7 +124,12 @@ AlignmentList AlignFrames(AlignJob const& job, Environment& environment) {
     if (index != referenceIndex) outcomes[index] = AlignOne(job, reference, *readers[index], environment);
     environment.progress.Advance(1);
   });
-  return Collect(files, referenceIndex, reference, outcomes, environment);
+  AlignmentList list = Collect(files, referenceIndex, reference, outcomes, environment);
+  for (std::string const& file : given) {
+    if (std::find(files.begin(), files.end(), file) != files.end()) continue;
+    list.leftOut.push_back(LeftOutFrame{file, "cannot be read"});
+  }
+  return list;
 }
 
 }  // namespace orb::host

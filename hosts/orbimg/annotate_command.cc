@@ -205,6 +205,7 @@ void AddLetterOptions(CLI::App& command, AnnotateOptions& options) {
 void AddAnnotateCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<AnnotateOptions>();
   CLI::App* command = app.add_subcommand("annotate", "Draw lines, texts and star labels into an image");
+  command->footer("Example: orbimg annotate stack.fits --text 16 16 \"M 51\" -o labelled.png");
   command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   command->add_option("-o,--output", options->output, ".fits or .tif, or a picture (.png, .bmp) through the levels")
       ->required();

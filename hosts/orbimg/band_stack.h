@@ -4,12 +4,17 @@
 // each, into a window of the result that is open for these rows. The bits do not depend on bands or threads.
 #pragma once
 
+#include <functional>
+
 #include <hosts/orbimg/environment.h>
 #include <hosts/orbimg/frame_bands.h>
 #include <hosts/orbimg/stack_mode.h>
 #include <hosts/orbimg/windowed_frame.h>
 
 namespace orb::host {
+
+// Calls work(rows) for the rows of a band in pieces of a few rows, on several threads.
+void EachPiece(RowRange const& band, int threads, std::function<void(RowRange const&)> const& work);
 
 // Bytes of scratch that StackByMedian takes for lines, on all threads together.
 std::int64_t FindMedianScratch(std::size_t frames, Shape const& result, int threads);
@@ -18,9 +23,6 @@ void StackByMedian(FrameBands const& frames, WindowedFrame& result, RowRange con
 
 // Starts from the first frame, which is read without its transform, and joins the others to it in order. The levels of
 // frame i are set by `setLevels(image, i)`, the result takes those of the first.
-//
-// The average is the sum of the frames divided by the number of frames that reach the pixel, so it is their true mean
-// up to the edges. The number is counted by adding frames of ones with the same transforms.
 void StackByFolding(FrameBands const& frames, WindowedFrame& result, RowRange const& band,
                     StackParameters const& parameters, std::function<void(COrbImage&, std::size_t)> const& setLevels,
                     Environment& environment);

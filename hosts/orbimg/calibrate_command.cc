@@ -4,6 +4,7 @@
 #include <hosts/orbimg/calibration_job.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/file_list.h>
+#include <hosts/orbimg/frame_set.h>
 
 namespace orb::host {
 namespace {
@@ -22,6 +23,9 @@ void RunCalibrate(CalibrateOptions const& options, CommandContext& context) {
     throw HostError(Exit::kUsage, "calibrate: nothing to calibrate with; give --dark, --flat or --sky-flat");
   }
   Environment environment(context.out, context.err, options.common);
+  for (auto* files : {&job.lights, &job.darks, &job.flats, &job.flatDarks}) {
+    *files = LeaveOutBroken(*files, 1, {}, environment);
+  }
   CalibrateToFolder(job, environment);
 }
 
@@ -30,6 +34,7 @@ void RunCalibrate(CalibrateOptions const& options, CommandContext& context) {
 void AddCalibrateCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<CalibrateOptions>();
   CLI::App* command = app.add_subcommand("calibrate", "Calibrate lights with darks and flats");
+  command->footer("Example: orbimg calibrate lights/*.fits --dark darks/*.fits --flat flats/*.fits -o calibrated");
   CalibrationJob& job = options->job;
   command->add_option("lights", job.lights, "Files of the lights")->required();
   command->add_option("--dark", job.darks, "One dark, or many, of which the pixel median is taken");

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <new>
 #include <ostream>
+#include <sstream>
 
 #include <fmt/format.h>
 
@@ -17,25 +18,6 @@ std::string OneLine(std::string text) {
   while (!text.empty() && text.back() == '\n') text.pop_back();
   std::replace(text.begin(), text.end(), '\n', ' ');
   return text;
-}
-
-void AddSubcommands(CLI::App& app, CommandContext& context) {
-  AddInfoCommand(app, context);
-  AddCalibrateCommand(app, context);
-  AddStarsCommand(app, context);
-  AddAlignCommand(app, context);
-  AddStackCommand(app, context);
-  AddLevelCommand(app, context);
-  AddRenderCommand(app, context);
-  AddConvertCommand(app, context);
-  AddPlotCommand(app, context);
-  AddOperatorCommands(app, context);
-  AddComposeCommand(app, context);
-  AddMosaicCommand(app, context);
-  AddSplitCommand(app, context);
-  AddAnnotateCommand(app, context);
-  AddSimulateCommand(app, context);
-  AddDemoCommand(app, context);
 }
 
 // "orbimg apply invert": the command and what was chosen of it.
@@ -89,6 +71,27 @@ Exit Fail(CommandContext& context, Exit status, std::string const& line) {
 
 }  // namespace
 
+void AddSubcommands(CLI::App& app, CommandContext& context) {
+  AddInfoCommand(app, context);
+  AddCalibrateCommand(app, context);
+  AddStarsCommand(app, context);
+  AddAlignCommand(app, context);
+  AddStackCommand(app, context);
+  AddLevelCommand(app, context);
+  AddRenderCommand(app, context);
+  AddConvertCommand(app, context);
+  AddPlotCommand(app, context);
+  AddOperatorCommands(app, context);
+  AddComposeCommand(app, context);
+  AddMosaicCommand(app, context);
+  AddSplitCommand(app, context);
+  AddAnnotateCommand(app, context);
+  AddSimulateCommand(app, context);
+  AddDemoCommand(app, context);
+  AddRunCommand(app, context);
+  AddManualCommand(app, context);
+}
+
 Exit RunCommand(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err) {
   CommandContext context{out, err, {}};
   try {
@@ -108,6 +111,16 @@ Exit RunCommand(std::vector<std::string> const& arguments, std::ostream& out, st
   } catch (std::exception const& error) {
     return Fail(context, Exit::kFailed, error.what());
   }
+}
+
+std::string CheckArguments(std::vector<std::string> const& arguments) {
+  std::ostringstream out;
+  std::ostringstream err;
+  CommandContext context{out, err, {}};
+  CLI::App app(kDescription, "orbimg");
+  app.require_subcommand(1);
+  AddSubcommands(app, context);
+  return Parse(app, arguments, context) == Exit::kDone ? std::string() : OneLine(err.str());
 }
 
 }  // namespace orb::host

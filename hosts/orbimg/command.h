@@ -15,6 +15,9 @@ namespace orb::host {
 // warnings and progress to `err`. Throws nothing.
 Exit RunCommand(std::vector<std::string> const& arguments, std::ostream& out, std::ostream& err);
 
+// Empty where the program takes these arguments, otherwise its complaint. Nothing is run and no file is looked at.
+std::string CheckArguments(std::vector<std::string> const& arguments);
+
 // What a subcommand gets when it registers itself: it sets `run` when it was chosen.
 struct CommandContext {
   std::ostream& out;
@@ -38,5 +41,8 @@ void AddSplitCommand(CLI::App& app, CommandContext& context);
 void AddAnnotateCommand(CLI::App& app, CommandContext& context);
 void AddSimulateCommand(CLI::App& app, CommandContext& context);
 void AddDemoCommand(CLI::App& app, CommandContext& context);
+void AddRunCommand(CLI::App& app, CommandContext& context);
+void AddManualCommand(CLI::App& app, CommandContext& context);
+void AddSubcommands(CLI::App& app, CommandContext& context);  // all of them
 
 }  // namespace orb::host

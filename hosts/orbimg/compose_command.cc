@@ -49,6 +49,13 @@ void RunCompose(ComposeOptions const& options, CommandContext& context) {
   Print(options, result, context);
 }
 
+// "Example: orbimg compose rgb --red red.fits --green green.fits --blue blue.fits -o colour.fits"
+std::string ExampleOf(std::string const& name, OperatorEntry const& entry) {
+  std::string text = "Example: orbimg compose " + name;
+  for (std::string const& frame : entry.frameNames) text += fmt::format(" --{0} {0}.fits", frame);
+  return text + " --align -o result.fits";
+}
+
 void AddComposition(CLI::App& compose, OperatorEntry const& entry, CommandContext& context) {
   auto options = std::make_shared<ComposeOptions>();
   CompositionJob& job = options->job;
@@ -60,6 +67,7 @@ void AddComposition(CLI::App& compose, OperatorEntry const& entry, CommandContex
   for (Parameter const& parameter : entry.frameParameters) defaults.push_back(parameter.byDefault);
   job.frameValues.assign(count, defaults);
   CLI::App* command = compose.add_subcommand(entry.name.substr(sizeof kPrefix - 1), Capitalised(entry.title));
+  command->footer(ExampleOf(command->get_name(), entry));
   for (std::size_t i = 0; i < count; ++i) {
     command->add_option("--" + entry.frameNames[i], job.files[i], fmt::format("Image file: {}", entry.frameNames[i]))
         ->required();

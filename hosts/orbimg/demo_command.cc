@@ -130,6 +130,7 @@ class Demo {
 void AddDemoCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<DemoOptions>();
   CLI::App* command = app.add_subcommand("demo", "The whole road on simulated frames, with a report");
+  command->footer("Example: orbimg demo -o demo");
   command->add_option("-o,--output", options->folder, "Folder for the frames, the stacks and the pictures")->required();
   command->add_option("--seed", options->seed, "The same seed gives the same frames (default: 1)");
   command->add_flag("--json", options->json, "Print the report as JSON");

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include <fmt/format.h>
+#include <hosts/orbimg/logged_stream.h>
 
 namespace orb::host {
 namespace {
@@ -24,7 +25,9 @@ std::string CheckBytes(std::string const& text) {
 
 ProgressDisplay::Style StyleFor(std::ostream const& err, bool quiet) {
   if (quiet) return ProgressDisplay::Style::kNone;
-  bool const terminal = &err == &std::cerr && ::isatty(STDERR_FILENO) != 0;
+  auto const* const logged = dynamic_cast<LoggedStream const*>(&err);
+  std::ostream const& target = logged != nullptr ? logged->Target() : err;
+  bool const terminal = &target == &std::cerr && ::isatty(STDERR_FILENO) != 0;
   return terminal ? ProgressDisplay::Style::kBar : ProgressDisplay::Style::kLines;
 }
 

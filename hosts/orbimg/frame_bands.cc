@@ -97,9 +97,9 @@ void FrameBands::ShowIn(COrbImage& image, std::size_t i) const {
   image.SetStdCtr(sources[i].transform.cx, sources[i].transform.cy);
 }
 
-void FrameBands::ReportNonFinite(Environment& environment) const {
+void FrameBands::ReportNonFinite(Environment& environment, std::string const& consequence) const {
   for (std::size_t i = 0; i < sources.size(); ++i) {
-    WarnOfNonFinite(environment, sources[i].reader->Path(), nonFinite[i], kGoIntoResult);
+    WarnOfNonFinite(environment, sources[i].reader->Path(), nonFinite[i], consequence);
   }
 }
 

@@ -39,7 +39,7 @@ class FrameBands {
   WindowedFrame const& Window(std::size_t i) const { return *windows[i]; }
 
   // One line for each frame with samples that are not finite.
-  void ReportNonFinite(Environment& environment) const;
+  void ReportNonFinite(Environment& environment, std::string const& consequence) const;
 
  private:
   std::int64_t BytesFor(int rows, double resultFrames, std::int64_t scratch) const;

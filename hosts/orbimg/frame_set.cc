@@ -19,6 +19,24 @@ ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& 
   return readers;
 }
 
+std::vector<std::string> LeaveOutBroken(std::vector<std::string> const& files, std::size_t least,
+                                        std::string const& needed, Environment& environment) {
+  std::vector<std::string> readable;
+  std::vector<HostError> errors;
+  for (std::string const& file : files) {
+    try {
+      OpenFrame(file, environment.reading);
+      readable.push_back(file);
+    } catch (HostError const& error) {
+      if (file == needed) throw;
+      errors.push_back(error);
+    }
+  }
+  if (!errors.empty() && readable.size() < least) throw errors.front();
+  for (HostError const& error : errors) environment.Warn(fmt::format("{}; left out", error.what()));
+  return readable;
+}
+
 void CheckFitsLights(FrameReader const& calibration, std::string const& kind, FrameReader const& light) {
   Shape const own = calibration.Shape();
   Shape const wanted = light.Shape();

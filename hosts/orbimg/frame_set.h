@@ -18,11 +18,17 @@ using ReaderList = std::vector<std::shared_ptr<FrameReader>>;
 // ("frames", "darks").
 ReaderList OpenFrames(std::vector<std::string> const& files, std::string const& kind, Environment& environment);
 
+// The files that can be opened, in their order. A broken one is left out with a warning that names it and says why, as
+// one bad frame should not cost a night; HostError where fewer than `least` would remain, or where it is `needed`.
+std::vector<std::string> LeaveOutBroken(std::vector<std::string> const& files, std::size_t least,
+                                        std::string const& needed, Environment& environment);
+
 // HostError where calibration frames do not fit lights: another size, or colour for mono.
 void CheckFitsLights(FrameReader const& calibration, std::string const& kind, FrameReader const& light);
 
 // What becomes of samples that are not finite, for the warning.
 inline constexpr char kGoIntoResult[] = "and go into the result as they stand";
+inline constexpr char kAreLeftOut[] = "and are left out";
 
 // A warning of samples that are not finite, if there are any; `consequence` says what becomes of them.
 void WarnOfNonFinite(Environment& environment, std::string const& path, std::int64_t count,

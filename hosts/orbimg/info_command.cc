@@ -99,6 +99,7 @@ void RunInfo(InfoOptions const& options, CommandContext& context) {
 void AddInfoCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* command = app.add_subcommand("info", "Shape, type, levels, statistics and key cards of files");
+  command->footer("Example: orbimg info light_001.fits");
   command->add_option("files", options->files, "Frames: FITS, TIFF, PNG, BMP or camera raw")->required();
   command->add_flag("--json", options->json, "Print JSON");
   AddMosaicOption(*command, options->mosaic);

@@ -127,6 +127,7 @@ void RunLevel(LevelOptions const& options, CommandContext& context) {
 void AddLevelCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<LevelOptions>();
   CLI::App* command = app.add_subcommand("level", "Set the display levels; samples stay as they are");
+  command->footer("Example: orbimg level stack.fits --median 1 6 -o levelled.fits");
   command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   CLI::Option_group* how = command->add_option_group("how", "Where black and white lie; one of these");
   how->add_option("--area", options->area, "At two fractions of the histogram's area, for example 0.01 0.995")

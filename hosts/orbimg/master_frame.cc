@@ -83,7 +83,7 @@ void TakeMedian(ReaderList const& readers, MasterRecipe const& recipe, COrbImage
     StackByMedian(frames, result, band, environment);
     CopyBand(result, band, master);
   }
-  frames.ReportNonFinite(environment);
+  frames.ReportNonFinite(environment, kGoIntoResult);
 }
 
 }  // namespace

@@ -183,6 +183,7 @@ void AddMosaicCommand(CLI::App& app, CommandContext& context) {
   options->entry = FindOperator("mosaic");
   options->values = options->entry->Defaults();
   CLI::App* command = app.add_subcommand("mosaic", "Paste two images onto one canvas that holds both");
+  command->footer("Example: orbimg mosaic left.fits right.fits --align --match-levels -o canvas.fits");
   command->add_option("first", options->first, "Image file, which stays as it lies")->required();
   command->add_option("second", options->second, "Image file, laid over the first")->required();
   AddPlacementOptions(*command, options->placement);

@@ -6,6 +6,7 @@
 #include <hosts/catalogue/catalogue.h>
 #include <hosts/orbimg/command.h>
 #include <hosts/orbimg/image_file.h>
+#include <hosts/orbimg/operator_example.h>
 #include <hosts/orbimg/operator_job.h>
 #include <hosts/orbimg/operator_options.h>
 #include <hosts/orbimg/output_check.h>
@@ -100,6 +101,7 @@ void AddOperator(CLI::App& group, OperatorEntry const& entry, CommandContext& co
   job.entry = &entry;
   job.values = StartingValues(entry);
   CLI::App* command = group.add_subcommand(entry.name, Capitalised(entry.title));
+  command->footer(ExampleOf(group.get_name(), entry));
   command->add_option("file", job.input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   if (TakesSourceFile(entry)) {
     command->add_option(OptionName(entry.sourceName), job.source, "Image file: the " + entry.sourceName)->required();

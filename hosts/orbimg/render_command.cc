@@ -32,6 +32,7 @@ void RunRender(RenderOptions const& options, CommandContext& context) {
 void AddRenderCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<RenderOptions>();
   CLI::App* command = app.add_subcommand("render", "Render an image through its levels to PNG or BMP");
+  command->footer("Example: orbimg render levelled.fits -o picture.png");
   command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   command->add_option("-o,--output", options->output, "Picture, .png or .bmp")->required();
   command->add_option("--bits", options->bits, "24, or 8 with a palette (default: 24)")->check(CLI::IsMember({24, 8}));

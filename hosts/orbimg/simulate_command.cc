@@ -35,6 +35,7 @@ void AddSimulateCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<SimulateOptions>();
   SimulationSettings& settings = options->job.settings;
   CLI::App* command = app.add_subcommand("simulate", "Simulate raw lights, darks and flats, with the truth about them");
+  command->footer("Example: orbimg simulate -o raw --frames 12");
   command->add_option("-o,--output", options->job.folder, "Folder for the frames and truth.json")->required();
   command->add_option("--frames", settings.frames, "Lights (default: 12)")->check(CLI::Range(1, 999));
   command->add_option("--darks", options->job.darks, "Darks (default: 8)")->check(CLI::Range(0, 999));

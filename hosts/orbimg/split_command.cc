@@ -67,6 +67,7 @@ void RunSplit(SplitOptions const& options, CommandContext& context) {
 void AddSplitCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<SplitOptions>();
   CLI::App* command = app.add_subcommand("split", "Take a colour image apart into channels");
+  command->footer("Example: orbimg split colour.fits --channels red green blue -o channels");
   command->add_option("file", options->input, "Image file of three planes")->required();
   command
       ->add_option("--channels", options->channels,

@@ -4,13 +4,11 @@
 
 #include <fmt/format.h>
 #include <hosts/io/host_error.h>
-#include <hosts/orbimg/add_constant.h>
 #include <hosts/orbimg/band_stack.h>
-#include <hosts/orbimg/frame_median.h>
 #include <hosts/orbimg/frame_set.h>
 #include <hosts/orbimg/image_file.h>
 #include <hosts/orbimg/interrupt.h>
-#include <hosts/orbimg/parallel.h>
+#include <hosts/orbimg/mean_stack.h>
 #include <hosts/orbimg/rejection_stack.h>
 #include <hosts/orbimg/stack_header.h>
 #include <hosts/orbimg/texts.h>
@@ -23,27 +21,21 @@ constexpr int kCompositeMessage = 6107;
 
 using SetLevels = std::function<void(COrbImage&, std::size_t)>;
 
-// What brings the median of each frame to that of the first.
-std::vector<double> FindSkyOffsets(ReaderList const& readers, Environment& environment) {
-  std::vector<double> medians(readers.size());
-  RunInParallel(static_cast<std::int64_t>(readers.size()), environment.threads, [&](std::int64_t i) {
-    auto const index = static_cast<std::size_t>(i);
-    medians[index] = FindFrameMedian(*readers[index], {});
-  });
-  std::vector<double> offsets;
-  for (double const median : medians) offsets.push_back(medians[0] - median);
-  return offsets;
+// factor * v + offset, rounded once.
+void Scale(float* samples, std::int64_t count, double factor, double offset) {
+  for (std::int64_t i = 0; i < count; ++i) samples[i] = static_cast<float>(samples[i] * factor + offset);
 }
 
-std::vector<BandSource> MakeSources(StackJob const& job, ReaderList const& readers, Environment& environment) {
-  std::vector<double> const offsets =
-      job.parameters.equalSky ? FindSkyOffsets(readers, environment) : std::vector<double>(readers.size(), 0.0);
+std::vector<BandSource> MakeSources(StackJob const& job, ReaderList const& readers,
+                                    std::vector<FrameScaling> const& scalings) {
   std::vector<BandSource> sources;
   for (std::size_t i = 0; i < readers.size(); ++i) {
     BandSource source{readers[i], job.frames[i].transform, {}};
-    if (offsets[i] != 0.0) {
-      source.prepare = [offset = offsets[i], width = readers[i]->Shape().width](int, int, int rows, float* samples) {
-        AddConstant(samples, static_cast<std::int64_t>(width) * rows, offset);
+    if (!scalings[i].IsIdle()) {
+      source.prepare = [scaling = scalings[i], width = readers[i]->Shape().width](int plane, int, int rows,
+                                                                                  float* samples) {
+        auto const p = static_cast<std::size_t>(plane);
+        Scale(samples, static_cast<std::int64_t>(width) * rows, scaling.factors[p], scaling.offsets[p]);
       };
     }
     sources.push_back(std::move(source));
@@ -85,17 +77,45 @@ void WriteBand(FrameWriter& writer, WindowedFrame const& result, RowRange const&
   }
 }
 
-// Bands of the result, and for an average of the counts and the ones.
-double ResultBands(StackParameters const& parameters) { return parameters.IsAverage() ? 3.0 : 1.0; }
+JoinRule RuleOf(StackParameters const& parameters) {
+  return JoinRule{parameters.mode->rejection, parameters.low, parameters.high};
+}
+
+std::int64_t FindScratch(StackParameters const& parameters, std::size_t frames, Shape const& shape, int threads) {
+  if (parameters.IsMedian()) return FindMedianScratch(frames, shape, threads);
+  return parameters.IsMean() ? FindMeanScratch(frames, shape, RuleOf(parameters), threads) : 0;
+}
+
+std::vector<double> WeightsOf(std::vector<FrameScaling> const& scalings) {
+  std::vector<double> weights;
+  for (FrameScaling const& scaling : scalings) weights.push_back(scaling.weight);
+  return weights;
+}
+
+void Add(JoinCount& total, JoinCount const& count) {
+  total.values += count.values;
+  total.low += count.low;
+  total.high += count.high;
+}
+
+void ReportTakenOut(JoinCount const& count, Environment& environment) {
+  double const percent = 100.0 / static_cast<double>(std::max<std::int64_t>(count.values, 1));
+  environment.out << fmt::format("Taken out: {:.3f} % of the samples as too low, {:.3f} % as too high\n",
+                                 percent * static_cast<double>(count.low), percent * static_cast<double>(count.high));
+}
 
 void StackInBands(StackJob const& job, ReaderList const& readers, SetLevels const& setLevels, FrameWriter& writer,
                   Environment& environment) {
   Shape const shape = readers.front()->Shape();
   StackParameters const& parameters = job.parameters;
-  FrameBands frames(MakeSources(job, readers, environment), shape);
-  std::int64_t const scratch =
-      parameters.IsMedian() ? FindMedianScratch(readers.size(), shape, environment.threads) : 0;
-  int const rowsPerBand = frames.FindRowsPerBand(environment.memory, ResultBands(parameters), scratch);
+  std::vector<FrameScaling> const scalings =
+      FindScalings(readers, parameters.normalise, parameters.weighting, environment);
+  std::vector<double> const weights = WeightsOf(scalings);
+  FrameBands frames(MakeSources(job, readers, scalings), shape);
+  std::int64_t const scratch = FindScratch(parameters, readers.size(), shape, environment.threads);
+  int const rowsPerBand = frames.FindRowsPerBand(environment.memory, 1.0, scratch);
+  JoinRule const rule = RuleOf(parameters);
+  JoinCount takenOut;
   WindowedFrame result(shape);
   for (int top = 0; top < shape.height; top += rowsPerBand) {
     StopIfInterrupted();
@@ -103,12 +123,15 @@ void StackInBands(StackJob const& job, ReaderList const& readers, SetLevels cons
     frames.Load(band, environment.threads);
     if (parameters.IsMedian()) {
       StackByMedian(frames, result, band, environment);
+    } else if (parameters.IsMean()) {
+      Add(takenOut, StackByMean(frames, result, band, rule, weights, environment));
     } else {
       StackByFolding(frames, result, band, parameters, setLevels, environment);
     }
     WriteBand(writer, result, band);
   }
-  frames.ReportNonFinite(environment);
+  frames.ReportNonFinite(environment, parameters.IsMean() ? kAreLeftOut : kGoIntoResult);
+  if (parameters.TakesOut()) ReportTakenOut(takenOut, environment);
 }
 
 void StackWhole(StackJob const& job, ReaderList const& readers, SetLevels const& setLevels, FrameWriter& writer,
@@ -122,7 +145,9 @@ void StackWhole(StackJob const& job, ReaderList const& readers, SetLevels const&
                     kRejectionFrames, (needed + 1023) / 1024));
   }
   WindowedFrame result(shape);
-  StackByRejection(MakeSources(job, readers, environment), result, job.parameters, setLevels, environment);
+  std::vector<FrameScaling> const scalings =
+      FindScalings(readers, job.parameters.normalise, job.parameters.weighting, environment);
+  StackByRejection(MakeSources(job, readers, scalings), result, job.parameters, setLevels, environment);
   WriteBand(writer, result, RowRange{0, shape.height});
 }
 

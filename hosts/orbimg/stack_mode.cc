@@ -8,15 +8,23 @@ namespace orb::host {
 namespace {
 
 constexpr int kMedian = -1;
-constexpr int kAverage = 0;
+constexpr int kMean = -2;
 constexpr int kWeighted = 2;
 constexpr int kSubtract = 3;
 constexpr int kRejection = 9;
 
 constexpr StackMode kModes[] = {
     {"median", kMedian, false, ExposureRule::kMean, "median of the frames that cover a pixel"},
-    {"average", kAverage, false, ExposureRule::kMean,
-     "mean of the frames that cover a pixel: their sum over their number"},
+    {"average", kMean, false, ExposureRule::kMean,
+     "mean of the frames that cover a pixel: sum of weight x sample over sum of weights"},
+    {"sigma", kMean, false, ExposureRule::kMean,
+     "that mean, once all is out that lies beyond --low or --high standard deviations from the plain mean, "
+     "found anew until nothing is; 3 deviations take more than 10 frames to show",
+     JoinRule::Rejection::kSigma},
+    {"winsorised", kMean, false, ExposureRule::kMean,
+     "the same about the median, the deviation being 1.134 times that of the samples held within 1.5 of it, "
+     "until it settles; holds with 4 frames",
+     JoinRule::Rejection::kWinsorised},
     {"add", 1, false, ExposureRule::kSum, "sum; a frame counts as 0 where it does not reach"},
     {"weighted", kWeighted, true, ExposureRule::kMean, "(1 - ratio) a + ratio b, frame after frame"},
     {"subtract", kSubtract, true, ExposureRule::kReference, "the first less all others; --clamp holds it at 0"},
@@ -38,19 +46,30 @@ StackMode const& FindStackMode(std::string const& name) {
 }
 
 bool StackParameters::IsMedian() const { return mode->compositeMode == kMedian; }
-bool StackParameters::IsAverage() const { return mode->compositeMode == kAverage; }
+bool StackParameters::IsMean() const { return mode->compositeMode == kMean; }
 bool StackParameters::IsRejection() const { return mode->compositeMode == kRejection; }
 
 std::string StackParameters::Text() const {
-  std::string text = "CImgMedianComposit";
-  if (IsAverage()) text = "CImgComposit, mode 1 (add), divided by the number of frames at each pixel";
-  if (!IsMedian() && !IsAverage()) {
-    text = fmt::format("CImgComposit, mode {} ({}), {}", mode->compositeMode, mode->name, on256 ? "256-scale" : "raw");
+  return OperatorText() + NormaliseText() + (weighting == Weighting::kNoise ? ", weights by noise" : "");
+}
+
+std::string StackParameters::OperatorText() const {
+  if (IsMedian()) return "CImgMedianComposit";
+  if (IsMean()) {
+    std::string const limits = TakesOut() ? fmt::format(", low {}, high {}", low, high) : "";
+    return fmt::format("mean, {}{}", mode->name, limits);
   }
+  std::string text =
+      fmt::format("CImgComposit, mode {} ({}), {}", mode->compositeMode, mode->name, on256 ? "256-scale" : "raw");
   if (mode->compositeMode == kWeighted) text += fmt::format(", ratio {}", ratio);
   if (mode->compositeMode == kSubtract) text += fmt::format(", clamp {}", clamp ? 1 : 0);
   if (IsRejection()) text += fmt::format(", ratio {}, threshold {}, radius {}", ratio, threshold, radius);
-  return text + (equalSky ? ", skies made equal" : "");
+  return text;
+}
+
+std::string StackParameters::NormaliseText() const {
+  if (normalise == Normalise::kSky) return ", skies made equal";
+  return normalise == Normalise::kNoise ? ", sky and noise made equal" : "";
 }
 
 }  // namespace orb::host

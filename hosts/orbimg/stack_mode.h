@@ -4,16 +4,20 @@
 #include <span>
 #include <string>
 
+#include <hosts/orbimg/frame_scaling.h>
+#include <hosts/orbimg/line_join.h>
+
 namespace orb::host {
 
 enum class ExposureRule { kMean, kSum, kReference };
 
 struct StackMode {
   char const* name;
-  int compositeMode;  // of CImgComposit; -1: the median of all frames
+  int compositeMode;  // of CImgComposit; -1: the median of all frames; -2: their mean
   bool orderMatters;  // files stay in the order in which they were given
   ExposureRule exposure;
   char const* help;
+  JoinRule::Rejection rejection = JoinRule::Rejection::kNone;  // of a mean
 };
 
 std::span<StackMode const> StackModes();
@@ -25,14 +29,22 @@ struct StackParameters {
   bool clamp = false;
   double threshold = 0.95;
   int radius = 0;
-  bool on256 = false;     // on the 256-scale of each frame's levels
-  bool equalSky = false;  // a constant brings the median of each frame to that of the first
+  bool on256 = false;  // on the 256-scale of each frame's levels
+  double low = 3.0;    // deviations that a mean with rejection allows
+  double high = 3.0;
+  Normalise normalise = Normalise::kNone;
+  Weighting weighting = Weighting::kEqual;
 
   bool IsMedian() const;
-  bool IsAverage() const;
+  bool IsMean() const;
+  bool TakesOut() const { return mode->rejection != JoinRule::Rejection::kNone; }  // of a mean
   bool IsRejection() const;
   // The operator and its parameters, for a HISTORY card.
   std::string Text() const;
+
+ private:
+  std::string OperatorText() const;
+  std::string NormaliseText() const;
 };
 
 }  // namespace orb::host

@@ -69,6 +69,7 @@ void AddStarsCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<StarsOptions>();
   StarFinderSettings& settings = options->settings;
   CLI::App* command = app.add_subcommand("stars", "Find stars: position, peak and flux, the brightest first");
+  command->footer("Example: orbimg stars stack.fits --json");
   command->add_option("files", options->files, "Frames: FITS, TIFF, PNG, BMP or camera raw")->required();
   command
       ->add_option("--threshold", settings.threshold,

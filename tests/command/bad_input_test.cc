@@ -58,6 +58,28 @@ class BadInputTest : public testing::Test {
   ScratchFolder folder;
 };
 
+// One bad frame does not cost a night: it is named and left out, where the others are enough.
+TEST_F(BadInputTest, ABrokenFrameAmongManyIsLeftOut) {
+  std::string const broken = folder / "aa.fits";
+  std::ofstream(broken) << "SIMPLE  = no such thing";
+  struct Case {
+    std::vector<std::string> arguments;
+    std::string output;
+  };
+  std::string const a = folder / "a.fits";
+  std::string const b = folder / "b.fits";
+  for (Case const& c :
+       {Case{{"stack", broken, a, b, "-o", folder / "s.out.fits"}, folder / "s.out.fits"},
+        Case{{"calibrate", a, broken, "--dark", broken, b, "-o", folder / "out"}, folder / "out/a.fits"}}) {
+    CommandResult const result = RunQuietly(c.arguments);
+    EXPECT_EQ(Exit::kDone, result.status) << result.err;
+    EXPECT_NE(std::string::npos, result.err.find("warning: " + broken)) << result.err;
+    EXPECT_NE(std::string::npos, result.err.find("; left out\n")) << result.err;
+    EXPECT_TRUE(std::filesystem::exists(c.output));
+  }
+  EXPECT_EQ(2.0, ReadFrame(folder / "s.out.fits").header.Number("STACKCNT"));
+}
+
 TEST_F(BadInputTest, MissingFile) { ExpectRefused(folder / "none.fits", {"none.fits"}); }
 
 TEST_F(BadInputTest, Folder) {
@@ -92,7 +114,7 @@ TEST_F(BadInputTest, TextThatIsNamedAsAPicture) {
   }
 }
 
-// Before the input is looked at.
+// Before any work, for most commands before the input is looked at.
 TEST_F(BadInputTest, OutputsOfNoFormat) {
   std::string const none = folder / "none.fits";
   std::string const out = folder / "out.jpg";
@@ -102,7 +124,8 @@ TEST_F(BadInputTest, OutputsOfNoFormat) {
         std::vector<std::string>{"compose", "rgb", "--red", none, "--green", none, "--blue", none, "-o", out},
         std::vector<std::string>{"mosaic", none, none, "-o", out}, std::vector<std::string>{"convert", none, "-o", out},
         std::vector<std::string>{"stack", none, none, "-o", out},
-        std::vector<std::string>{"calibrate", none, "--dark", none, "--save-dark", out, "-o", folder / "x"}}) {
+        std::vector<std::string>{"calibrate", folder / "a.fits", "--dark", folder / "a.fits", "--save-dark", out, "-o",
+                                 folder / "x"}}) {
     EXPECT_TRUE(FailsInOneLine(RunQuietly(arguments), Exit::kUsage, {"out.jpg", ".tif", ".png"})) << arguments[0];
   }
 }

@@ -107,7 +107,7 @@ TEST_F(StackTest, BandsAndThreadsDoNotChangeABit) {
     }
   }
   COrbImage const average = Stack({"--mode", "average", "--threads", "1"}).image;
-  EXPECT_TRUE(SameBits(average, Stack({"--mode", "average", "--memory", "80K", "--threads", "5"}).image));
+  EXPECT_TRUE(SameBits(average, Stack({"--mode", "average", "--memory", "140K", "--threads", "5"}).image));
 }
 
 TEST_F(StackTest, TooLittleMemoryIsSaidBeforeAnything) {
@@ -216,7 +216,7 @@ TEST_F(StackTest, WideFramesInThinBands) {
   for (char const* mode : {"average", "median", "add", "maximum", "rejection"}) {
     std::vector<std::string> arguments{"stack", folder / "in*.fits", "--mode", mode, "-f"};
     std::vector<std::string> thin(arguments);
-    thin.insert(thin.end(), {"-o", folder / "thin.fits", "--memory", "1900K", "--threads", "2"});
+    thin.insert(thin.end(), {"-o", folder / "thin.fits", "--memory", "2200K", "--threads", "2"});
     arguments.insert(arguments.end(), {"-o", folder / "whole.fits"});
     ASSERT_TRUE(Succeeds(RunQuietly(thin))) << mode;
     ASSERT_TRUE(Succeeds(RunQuietly(arguments))) << mode;
