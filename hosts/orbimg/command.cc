@@ -79,6 +79,8 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddStackCommand(app, context);
   AddLevelCommand(app, context);
   AddRenderCommand(app, context);
+  AddConvertCommand(app, context);
+  AddPlotCommand(app, context);
   AddOperatorCommands(app, context);
   AddMapCommand(app, context);
   AddComposeCommand(app, context);

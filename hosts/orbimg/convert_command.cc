@@ -95,6 +95,7 @@ void RunConvert(ConvertOptions const& options, CommandContext& context) {
 void AddConvertCommand(CLI::App& app, CommandContext& context) {
   auto options = std::make_shared<ConvertOptions>();
   CLI::App* command = app.add_subcommand("convert", "Write an image in another file format or sample type");
+  command->footer("Example: orbimg convert stack.fits -o stack.tif --bits 16");
   command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   command
       ->add_option("-o,--output", options->output,

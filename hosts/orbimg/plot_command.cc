@@ -171,11 +171,12 @@ void RunCurve(PlotOptions const& options, CommandContext& context) {
   Finish(options, plot, environment);
 }
 
-CLI::App* AddKind(CLI::App& group, std::string const& name, std::string const& help,
+CLI::App* AddKind(CLI::App& group, std::string const& name, std::string const& help, std::string const& example,
                   std::shared_ptr<PlotOptions> const& options) {
   CLI::App* command = group.add_subcommand(name, help);
   if (name != "curve")
     command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
+  command->footer(example);
   command->add_option("-o,--output", options->output, "Picture, .png or .bmp")->required();
   command->add_option("--size", options->size, "Width and height of the picture, pixels (default: 960 600)")
       ->expected(2)
@@ -186,35 +187,50 @@ CLI::App* AddKind(CLI::App& group, std::string const& name, std::string const& h
   return command;
 }
 
+void AddHistogram(CLI::App& group, CommandContext& context) {
+  auto options = std::make_shared<PlotOptions>();
+  CLI::App* command = AddKind(group, "histogram", "How many samples have which value; thin lines are the levels",
+                              "Example: orbimg plot histogram stack.fits --log -o histogram.png", options);
+  command->add_option("--bins", options->bins, "Classes of values (default: 256)")->check(CLI::Range(1, 65536));
+  command->add_option("--range", options->range, "Values from and to (default: all)")
+      ->expected(2)
+      ->check(NumberBetween(-1e30, 1e30));
+  command->add_flag("--log", options->logarithmic, "Counts on a logarithmic axis");
+  command->callback([options, &context] { context.run = [options, &context] { RunHistogram(*options, context); }; });
+}
+
+void AddProfile(CLI::App& group, CommandContext& context) {
+  auto options = std::make_shared<PlotOptions>();
+  CLI::App* command =
+      AddKind(group, "profile", "The samples along a line",
+              "Example: orbimg plot profile stack.fits --from 100 200 --to 300 200 -o profile.png", options);
+  command->add_option("--from", options->from, "First end x y, pixels, row 0 on top")
+      ->expected(2)
+      ->required()
+      ->check(NumberBetween(-1e6, 1e6));
+  command->add_option("--to", options->to, "Other end x y, pixels")
+      ->expected(2)
+      ->required()
+      ->check(NumberBetween(-1e6, 1e6));
+  command->callback([options, &context] { context.run = [options, &context] { RunProfile(*options, context); }; });
+}
+
+void AddCurve(CLI::App& group, CommandContext& context) {
+  auto options = std::make_shared<PlotOptions>();
+  CLI::App* command = AddKind(group, "curve", "A tone curve as orbimg apply curve takes it",
+                              "Example: orbimg plot curve --preset gamma --amount 2.2 -o curve.png", options);
+  AddCurveOptions(*command, *FindOperator("curve"), options->curves);
+  command->callback([options, &context] { context.run = [options, &context] { RunCurve(*options, context); }; });
+}
+
 }  // namespace
 
 void AddPlotCommand(CLI::App& app, CommandContext& context) {
   CLI::App* group = app.add_subcommand("plot", "Draw a chart: histogram, profile or tone curve");
   group->require_subcommand(1);
-  auto histogram = std::make_shared<PlotOptions>();
-  CLI::App* command =
-      AddKind(*group, "histogram", "How many samples have which value; thin lines are the levels", histogram);
-  command->add_option("--bins", histogram->bins, "Classes of values (default: 256)")->check(CLI::Range(1, 65536));
-  command->add_option("--range", histogram->range, "Values from and to (default: all)")
-      ->expected(2)
-      ->check(NumberBetween(-1e30, 1e30));
-  command->add_flag("--log", histogram->logarithmic, "Counts on a logarithmic axis");
-  command->callback(
-      [histogram, &context] { context.run = [histogram, &context] { RunHistogram(*histogram, context); }; });
-
-  auto profile = std::make_shared<PlotOptions>();
-  command = AddKind(*group, "profile", "The samples along a line", profile);
-  command->add_option("--from", profile->from, "First end x y, pixels, row 0 on top")
-      ->expected(2)
-      ->required()
-      ->check(NumberBetween(-1e6, 1e6));
-  command->add_option("--to", profile->to, "Other end x y")->expected(2)->required()->check(NumberBetween(-1e6, 1e6));
-  command->callback([profile, &context] { context.run = [profile, &context] { RunProfile(*profile, context); }; });
-
-  auto curve = std::make_shared<PlotOptions>();
-  command = AddKind(*group, "curve", "A tone curve as orbimg apply curve takes it", curve);
-  AddCurveOptions(*command, *FindOperator("curve"), curve->curves);
-  command->callback([curve, &context] { context.run = [curve, &context] { RunCurve(*curve, context); }; });
+  AddHistogram(*group, context);
+  AddProfile(*group, context);
+  AddCurve(*group, context);
 }
 
 }  // namespace orb::host

@@ -158,10 +158,10 @@ class Planner {
     if (settings.common.quiet) add("--quiet", std::nullopt);
   }
 
-  // A folder gets as many frames as there are, a FITS file one; tables and pictures are small beside them.
+  // A folder gets as many frames as there are, a FITS or TIFF file one; tables and pictures are small beside them.
   static void Estimate(PlannedStep& planned) {
     bool const isFolder = planned.output.back() == '/';
-    if (!isFolder) planned.frames = EndingOf(planned.output) == ".fits" ? 1 : 0;
+    if (!isFolder) planned.frames = EndingOf(planned.output) == ".fits" || EndingOf(planned.output) == ".tif" ? 1 : 0;
     bool const isColour = !planned.arguments.empty() && planned.arguments.front() == "compose";
     if (isColour) planned.shape.planes = 3;
   }

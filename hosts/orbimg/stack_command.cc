@@ -128,8 +128,8 @@ void RunStack(StackOptions const& options, CommandContext& context) {
     throw HostError(Exit::kUsage, fmt::format("stack: {} frame is no stack; give two or more", job.frames.size()));
   }
   Environment environment(context.out, context.err, options.common);
-  DropBroken(job.frames, environment);
   CheckImageFile(job.output, environment.existing);
+  DropBroken(job.frames, environment);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   WarnOfFewFrames(job, environment);
   StackToFile(job, environment);

@@ -114,7 +114,7 @@ TEST_F(BadInputTest, TextThatIsNamedAsAPicture) {
   }
 }
 
-// Before the input is looked at.
+// Before any work, for most commands before the input is looked at.
 TEST_F(BadInputTest, OutputsOfNoFormat) {
   std::string const none = folder / "none.fits";
   std::string const out = folder / "out.jpg";
@@ -124,7 +124,8 @@ TEST_F(BadInputTest, OutputsOfNoFormat) {
         std::vector<std::string>{"compose", "rgb", "--red", none, "--green", none, "--blue", none, "-o", out},
         std::vector<std::string>{"mosaic", none, none, "-o", out}, std::vector<std::string>{"convert", none, "-o", out},
         std::vector<std::string>{"stack", none, none, "-o", out},
-        std::vector<std::string>{"calibrate", none, "--dark", none, "--save-dark", out, "-o", folder / "x"}}) {
+        std::vector<std::string>{"calibrate", folder / "a.fits", "--dark", folder / "a.fits", "--save-dark", out, "-o",
+                                 folder / "x"}}) {
     EXPECT_TRUE(FailsInOneLine(RunQuietly(arguments), Exit::kUsage, {"out.jpg", ".tif", ".png"})) << arguments[0];
   }
 }
