@@ -134,7 +134,7 @@ void RowConvolution::ComputeFourInside(float* const* rows, int begin, int end, f
   int const size = 2 * m + 1;
   ListFourRows([&](int row, int i) { return places[static_cast<std::size_t>(row * size + i)].weight; }, size, doSkip,
                rows, begin - m);
-  SumFourRows(fourLists, end - begin, out);
+  SumFourRows(fourLists, 0, end - begin, out);
 }
 
 // `columns` taps a row from column x on. Row k of the window is row k - j of the table for row j of the results.
@@ -173,11 +173,11 @@ void RowConvolution::ComputeFourFactored(float* const* rows, int begin, int end,
   std::ptrdiff_t const stride = kSumColumns + 2 * std::ptrdiff_t{m};
   sums.resize(std::max(sums.size(), static_cast<std::size_t>(kRowsAtOnce * stride)));
   double* const sumRows[] = {sums.data(), sums.data() + stride, sums.data() + 2 * stride, sums.data() + 3 * stride};
+  ListFourRows([&](int row, int) { return factored->RowFactors()[static_cast<std::size_t>(row)]; }, 1, false, rows,
+               begin - m);
   for (int x = begin; x < end; x += blockColumns) {
     int const count = std::min(blockColumns, end - x);
-    ListFourRows([&](int row, int) { return factored->RowFactors()[static_cast<std::size_t>(row)]; }, 1, false, rows,
-                 x - m);
-    SumFourRows(fourLists, count + 2 * m, sumRows);
+    SumFourRows(fourLists, x - begin, count + 2 * m, sumRows);
     for (int j = 0; j < kRowsAtOnce; ++j) {
       FoldRow(sumRows[j] + m, factored->ColumnFactors().data(), m, count, out[j] + (x - begin));
     }

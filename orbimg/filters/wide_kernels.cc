@@ -84,26 +84,29 @@ ORB_512_INLINE void StoreLanes(__m512d sum, float* out) { _mm256_storeu_ps(out, 
 
 // The last block is moved back to end with the row; some columns are then summed twice, to the same values.
 template <typename Out>
-ORB_512_INLINE void SumColumns(std::span<FourRowTaps const> lists, std::ptrdiff_t count, Out* const* out) {
+ORB_512_INLINE void SumColumns(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count,
+                               Out* const* out) {
   for (std::ptrdiff_t begin = 0; begin < count; begin += kLeastColumns) {
     std::ptrdiff_t const x = std::min(begin, count - kLeastColumns);
     Sums sums;
     for (auto& row : sums.of) {
       for (__m512d& sum : row) sum = _mm512_setzero_pd();
     }
-    AddLists(lists, x, sums);
+    AddLists(lists, first + x, sums);
     for (int j = 0; j < kRowsAtOnce; ++j) {
       for (int i = 0; i < kVectors; ++i) StoreLanes(sums.of[j][i], out[j] + x + i * kLanes);
     }
   }
 }
 
-ORB_512 void SumWide(std::span<FourRowTaps const> lists, std::ptrdiff_t count, double* const* out) {
-  SumColumns(lists, count, out);
+ORB_512 void SumWide(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count,
+                     double* const* out) {
+  SumColumns(lists, first, count, out);
 }
 
-ORB_512 void SumWide(std::span<FourRowTaps const> lists, std::ptrdiff_t count, float* const* out) {
-  SumColumns(lists, count, out);
+ORB_512 void SumWide(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count,
+                     float* const* out) {
+  SumColumns(lists, first, count, out);
 }
 
 ORB_512 void FoldColumns(double const* sums, double const* factors, int radius, std::ptrdiff_t count, float* out) {
@@ -132,12 +135,12 @@ bool HasWideVectors() {
   return can;
 }
 
-void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t count, double* const* out) {
-  SumWide(lists, count, out);
+void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count, double* const* out) {
+  SumWide(lists, first, count, out);
 }
 
-void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t count, float* const* out) {
-  SumWide(lists, count, out);
+void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count, float* const* out) {
+  SumWide(lists, first, count, out);
 }
 
 void FoldWideRow(double const* sums, double const* factors, int radius, std::ptrdiff_t count, float* out) {
@@ -147,8 +150,8 @@ void FoldWideRow(double const* sums, double const* factors, int radius, std::ptr
 #else
 
 bool HasWideVectors() { return false; }
-void SumFourRows(std::span<FourRowTaps const>, std::ptrdiff_t, double* const*) {}
-void SumFourRows(std::span<FourRowTaps const>, std::ptrdiff_t, float* const*) {}
+void SumFourRows(std::span<FourRowTaps const>, std::ptrdiff_t, std::ptrdiff_t, double* const*) {}
+void SumFourRows(std::span<FourRowTaps const>, std::ptrdiff_t, std::ptrdiff_t, float* const*) {}
 void FoldWideRow(double const*, double const*, int, std::ptrdiff_t, float*) {}
 
 #endif

@@ -25,9 +25,10 @@ struct FourRowTaps {
 
 bool HasWideVectors();
 
-// SumTapsRow for four rows, lists in the order of the sum. kLeastColumns or more.
-void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t count, double* const* out);
-void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t count, float* const* out);
+// SumTapsRow for four rows, lists in the order of the sum, for columns first .. first + count - 1 of the taps, which
+// become columns 0 .. count - 1 of the sums. kLeastColumns or more.
+void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count, double* const* out);
+void SumFourRows(std::span<FourRowTaps const> lists, std::ptrdiff_t first, std::ptrdiff_t count, float* const* out);
 
 // FoldRow, for kLeastColumns or more.
 void FoldWideRow(double const* sums, double const* factors, int radius, std::ptrdiff_t count, float* out);

@@ -6,7 +6,9 @@
 #include <orbimg/orbimg.h>
 #include <tests/reference/small_filter_reference.h>
 #include <tests/support/canonical_nans.h>
+#include <tests/support/filter_runs.h>
 #include <tests/support/orb_test_access.h>
+#include <tests/support/plain_images.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/special_samples.h>
 #include <tests/support/test_images.h>
@@ -19,12 +21,6 @@ constexpr int kShapes[] = {0, 1, 2, kUnknownShape};
 
 int CellsOf(int shape) { return shape == 0 ? 5 : shape == 1 ? 9 : shape == 2 ? 21 : 1; }
 
-COrbImage ImageOf(int width, int height, std::vector<float> const& samples) {
-  COrbImage image(-32, width, height, 1, 1.0, 0.0, 1, nullptr, nullptr);
-  SetSamples(image, samples);
-  return image;
-}
-
 // Runs a filter and its plain form on images of many shapes, samples and rectangles.
 template <typename Fast, typename Plain>
 void ExpectEqual(unsigned seed, Fast fast, Plain plain) {
@@ -35,17 +31,7 @@ void ExpectEqual(unsigned seed, Fast fast, Plain plain) {
         if (width == 600 && (planes == 3 || height != 3)) continue;
         COrbImage src = RandomImage(random, width, height, planes);
         if (height != 7) StrewSpecialSamples(src, random, 12);
-        for (RectCase& c : RectCases(width, height)) {
-          CImgFilter dst;
-          dst.Create(src, nullptr, nullptr);
-          SetRandomLevels(dst, random);
-          FillJunk(dst);
-          COrbImage expected(dst);
-          plain(expected, src, c.Pointer());
-          fast(dst, src, c.Pointer());
-          ASSERT_TRUE(SameValues(expected, dst)) << c.name << ' ' << width << 'x' << height << 'x' << planes;
-          EXPECT_TRUE(SameLevels(expected, dst));
-        }
+        ExpectEqualInEveryRectangle<CImgFilter>(random, src, fast, plain);
       }
     }
   }

@@ -7,6 +7,7 @@
 #include <tests/support/canonical_nans.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
+#include <tests/support/plain_images.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/special_samples.h>
 #include <tests/support/test_images.h>
@@ -16,15 +17,7 @@ namespace {
 
 using reference::Exposure;
 
-COrbImage Empty(int width, int height, int planes) {
-  return COrbImage(-32, width, height, planes, 1.0, 0.0, 1, nullptr, nullptr);
-}
-
-COrbImage Constant(float value) {
-  COrbImage image = Empty(2, 2, 1);
-  SetSamples(image, std::vector<float>(4, value));
-  return image;
-}
+COrbImage Constant(float value) { return test::Constant(2, 2, value); }
 
 // The arguments of either composite; `planes` is of the RGB composite only.
 struct Call {

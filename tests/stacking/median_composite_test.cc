@@ -11,6 +11,7 @@
 #include <tests/reference/median_composite_reference.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
+#include <tests/support/plain_images.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/test_images.h>
 
@@ -18,16 +19,6 @@ namespace orb::test {
 namespace {
 
 using reference::RegisteredFrame;
-
-COrbImage Empty(int width, int height, int planes) {
-  return COrbImage(-32, width, height, planes, 1.0, 0.0, 1, nullptr, nullptr);
-}
-
-COrbImage Constant(int width, int height, float value) {
-  COrbImage image = Empty(width, height, 1);
-  SetSamples(image, std::vector<float>(static_cast<std::size_t>(image.GetPixelCount()), value));
-  return image;
-}
 
 void Stack(COrbImage& destination, std::vector<RegisteredFrame> const& frames) {
   CImgMedianComposit median(&destination);

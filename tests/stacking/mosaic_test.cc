@@ -8,6 +8,7 @@
 #include <tests/support/canonical_nans.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
+#include <tests/support/plain_images.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/special_samples.h>
 #include <tests/support/test_images.h>
@@ -21,20 +22,6 @@ void Apply(CImgMosic& canvas, COrbImage& first, COrbImage& second, MosaicArgumen
            int progress = 0) {
   canvas.Do(&first, c.ox, c.oy, &second, c.dx, c.dy, c.angle, c.mode, c.key, &c.outside, c.to256, c.average, rect,
             progress);
-}
-
-COrbImage Empty(int width, int height, int planes) {
-  return COrbImage(-32, width, height, planes, 1.0, 0.0, 1, nullptr, nullptr);
-}
-
-COrbImage Constant(int width, int height, std::vector<float> const& color) {
-  COrbImage image = Empty(width, height, static_cast<int>(color.size()));
-  for (int p = 0; p < image.GetPlanes(); ++p) {
-    for (int i = 0; i < width * height; ++i) {
-      image.SetPixelGrayRaw(i % width, i / width, color[static_cast<std::size_t>(p)], p);
-    }
-  }
-  return image;
 }
 
 // Few different samples, so that keys match and ties happen.

@@ -7,16 +7,13 @@
 #include <tests/support/canonical_nans.h>
 #include <tests/support/hostile_store.h>
 #include <tests/support/orb_test_access.h>
+#include <tests/support/plain_images.h>
 #include <tests/support/recording_window.h>
 #include <tests/support/special_samples.h>
 #include <tests/support/test_images.h>
 
 namespace orb::test {
 namespace {
-
-COrbImage Empty(int width, int height, int planes) {
-  return COrbImage(-32, width, height, planes, 1.0, 0.0, 1, nullptr, nullptr);
-}
 
 constexpr bool IsSum(CImgSeparation const&) { return false; }
 constexpr bool IsSum(CImgSepatation const&) { return true; }
