@@ -23,18 +23,22 @@ std::vector<float> SkySamples(int width, int height) {
 std::string SizeText(int width, int height) { return std::to_string(width) + " x " + std::to_string(height); }
 
 void CompareFft2(orb::bench::Runner& runner, int nx, int ny, double limit) {
-  std::vector<float> image = SkySamples(nx, ny);
-  std::vector<float> spectrum(2 * image.size());
-  std::vector<float> back(image.size());
+  // Arrays of images: they lie in large pages, as large arrays of numpy do.
+  COrbImage sky = SkyImage(nx, ny, 1);
+  COrbImage spectra(-32, 2 * nx, ny, 1, 1.0, 0.0, 1, nullptr, nullptr);
+  COrbImage restored(-32, nx, ny, 1, 1.0, 0.0, 1, nullptr, nullptr);
+  float* const image = sky.GetImageAdr(0, 0, 0, 0, nullptr);
+  float* const spectrum = spectra.GetImageAdr(0, 0, 0, 0, nullptr);
+  float* const back = restored.GetImageAdr(0, 0, 0, 0, nullptr);
   Python python("import scipy.fft");
-  python.SetFloats("image", image.data(), {ny, nx});
+  python.SetFloats("image", image, {ny, nx});
   python.Run("pairs = image.astype(numpy.complex64)");
   runner.Compare(
       "Fft2Forward, Fft2Inverse " + SizeText(nx, ny), limit, "scipy.fft fft2, ifft2",
       [&] {
         FftTables tables(nx, ny);
-        Fft2Forward(&tables, image.data(), spectrum.data(), nx, ny, nullptr, 0, 50);
-        Fft2Inverse(&tables, spectrum.data(), back.data(), nx, ny, nullptr, 50, 100);
+        Fft2Forward(&tables, image, spectrum, nx, ny, nullptr, 0, 50);
+        Fft2Inverse(&tables, spectrum, back, nx, ny, nullptr, 50, 100);
       },
       [&] { python.Run("back = scipy.fft.ifft2(scipy.fft.fft2(pairs, workers=1), workers=1)"); }, 5);
 }

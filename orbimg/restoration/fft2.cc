@@ -89,8 +89,12 @@ int Fft2Forward(FftTables* t, float const* in, float* out, int nx, int ny, COrbI
   double const divisor = static_cast<double>(nx) * ny;
   return EachBlock(job, {report, percentFrom + half, half, nx}, [&](orb::ColumnBlock const& block) {
     orb::GatherColumns(block);
-    for (std::ptrdiff_t c = 0; c < block.count; ++c) t->columnTable.Forward(block.lines + c * block.lineStride);
-    orb::ScatterWithMirrors(block, divisor);
+    for (std::ptrdiff_t c = 0; c < block.count; ++c) {
+      float* const column = block.lines + c * block.lineStride;
+      t->columnTable.Forward(column);
+      orb::DivideLine(column, job.ny, divisor);
+    }
+    orb::ScatterWithMirrors(block);
   });
 }
 

@@ -127,7 +127,7 @@ void ScatterColumns(ColumnBlock const& block) {
   }
 }
 
-void ScatterWithMirrors(ColumnBlock const& block, double divisor) {
+void ScatterWithMirrors(ColumnBlock const& block) {
   for (std::ptrdiff_t y = 0; y < block.ny; ++y) {
     FetchAhead<1>(block, y);
     FetchMirrorAhead<1>(block, y);
@@ -136,8 +136,8 @@ void ScatterWithMirrors(ColumnBlock const& block, double divisor) {
     float const* const lines = block.lines + 2 * y;
     for (std::ptrdiff_t c = 0; c < block.count; ++c) {
       std::ptrdiff_t const x = block.left + c;
-      float const re = static_cast<float>(lines[c * block.lineStride] / divisor);
-      float const im = static_cast<float>(lines[c * block.lineStride + 1] / divisor);
+      float const re = lines[c * block.lineStride];
+      float const im = lines[c * block.lineStride + 1];
       row[2 * x] = re;
       row[2 * x + 1] = im;
       std::ptrdiff_t const m = block.MirrorColumn(x);
@@ -146,6 +146,10 @@ void ScatterWithMirrors(ColumnBlock const& block, double divisor) {
       mirrorRow[2 * m + 1] = -im;
     }
   }
+}
+
+ORB_ROW_KERNEL void DivideLine(float* line, std::ptrdiff_t n, double divisor) {
+  for (std::ptrdiff_t i = 0; i < 2 * n; ++i) line[i] = static_cast<float>(line[i] / divisor);
 }
 
 }  // namespace orb

@@ -43,7 +43,10 @@ void GatherColumns(ColumnBlock const& block);
 void GatherSymmetricColumns(ColumnBlock const& block);
 // From lines to columns.
 void ScatterColumns(ColumnBlock const& block);
-// From lines to columns, each part divided by `divisor`, and to their mirrors, conjugate.
-void ScatterWithMirrors(ColumnBlock const& block, double divisor);
+// From lines to columns, and to their mirrors, conjugate.
+void ScatterWithMirrors(ColumnBlock const& block);
+
+// Both parts of `n` values.
+void DivideLine(float* line, std::ptrdiff_t n, double divisor);
 
 }  // namespace orb
