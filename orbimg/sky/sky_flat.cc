@@ -39,38 +39,52 @@ void KeepSky(std::vector<CSkyFlatTile>& tiles) {
   for (CSkyFlatTile& tile : tiles) tile.value = tile.stddev < limit ? orb::TruncateToInt(tile.median) : 0;
 }
 
-struct Donors {
-  double sum = 0.0;
-  int count = 0;
+bool IsDonor(CSkyFlatTile const& tile) { return tile.value != 0 && tile.filled == 0; }
 
-  // Whether the tile is a donor: one with a value of its own.
-  bool Take(CSkyFlatTile const& tile) {
-    if (tile.value == 0 || tile.filled != 0) return false;
-    sum += tile.median;
-    ++count;
-    return true;
+// The nearest donors on both sides of a hole in a line of tiles, asked for one tile after the other: each tile is
+// looked at once or twice, however long the holes are.
+class DonorsInLine {
+ public:
+  template <typename TileAt>
+  void MoveTo(std::ptrdiff_t place, std::ptrdiff_t count, TileAt tileAt) {
+    if (IsDonor(tileAt(place))) before = &tileAt(place);
+    while (next < count && (next <= place || !IsDonor(tileAt(next)))) ++next;
+    behind = next < count ? &tileAt(next) : nullptr;
   }
+
+  CSkyFlatTile const* Before() const { return before; }
+  CSkyFlatTile const* Behind() const { return behind; }
+
+ private:
+  CSkyFlatTile const* before = nullptr;
+  CSkyFlatTile const* behind = nullptr;
+  std::ptrdiff_t next = 0;
 };
 
-// The nearest donor in each direction: right, left, down, up.
-Donors FindDonors(TileGrid& grid, std::ptrdiff_t row, std::ptrdiff_t column) {
-  Donors donors;
-  for (std::ptrdiff_t c = column; c < grid.columns && !donors.Take(grid.At(row, c)); ++c) continue;
-  for (std::ptrdiff_t c = column; c >= 0 && !donors.Take(grid.At(row, c)); --c) continue;
-  for (std::ptrdiff_t r = row; r < grid.rows && !donors.Take(grid.At(r, column)); ++r) continue;
-  for (std::ptrdiff_t r = row; r >= 0 && !donors.Take(grid.At(r, column)); --r) continue;
-  return donors;
+// Order fixed: right, left, down, up.
+void FillHole(CSkyFlatTile& hole, DonorsInLine const& row, DonorsInLine const& column) {
+  double sum = 0.0;
+  int count = 0;
+  for (CSkyFlatTile const* donor : {row.Behind(), row.Before(), column.Behind(), column.Before()}) {
+    if (donor == nullptr) continue;
+    sum += donor->median;
+    ++count;
+  }
+  if (count == 0) return;
+  hole.value = orb::TruncateToInt(sum / count);
+  hole.filled = 1;
 }
 
 void FillHoles(TileGrid& grid) {
+  std::vector<DonorsInLine> columns(static_cast<std::size_t>(grid.columns));
   for (std::ptrdiff_t row = 0; row < grid.rows; ++row) {
+    DonorsInLine inRow;
     for (std::ptrdiff_t column = 0; column < grid.columns; ++column) {
+      DonorsInLine& inColumn = columns[static_cast<std::size_t>(column)];
+      inRow.MoveTo(column, grid.columns, [&](std::ptrdiff_t c) -> CSkyFlatTile& { return grid.At(row, c); });
+      inColumn.MoveTo(row, grid.rows, [&](std::ptrdiff_t r) -> CSkyFlatTile& { return grid.At(r, column); });
       CSkyFlatTile& tile = grid.At(row, column);
-      if (tile.value != 0) continue;
-      Donors const donors = FindDonors(grid, row, column);
-      if (donors.count == 0) continue;
-      tile.value = orb::TruncateToInt(donors.sum / donors.count);
-      tile.filled = 1;
+      if (tile.value == 0) FillHole(tile, inRow, inColumn);
     }
   }
 }

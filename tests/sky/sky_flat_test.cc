@@ -139,6 +139,11 @@ TEST(SkyFlat, ARowOfHolesTakesTheVerticalDirections) {
                Tiles({{100, 110, 120}, {kHole, kHole, kHole}, {200, 200, 200}}));
 }
 
+TEST(SkyFlat, OneTileOfSkyFillsItsRowAndItsColumn) {
+  ExpectValues({{0, 0, 80, 0}, {80, 80, 80, 80}, {0, 0, 80, 0}},
+               Tiles({{0.5, 0.5, 0.5, 0.5}, {0.5, 0.5, 80, 0.5}, {0.5, 0.5, 0.5, 0.5}}));
+}
+
 TEST(SkyFlat, AMedianBelowOneIsAHoleThatStaysWithoutADonor) {
   ExpectValues({{0, 70}, {70, 70}}, Tiles({{0.5, 0.75}, {0.9, 70}}));
 }
