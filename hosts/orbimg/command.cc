@@ -75,6 +75,7 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddInfoCommand(app, context);
   AddCalibrateCommand(app, context);
   AddStarsCommand(app, context);
+  AddMeasureCommand(app, context);
   AddAlignCommand(app, context);
   AddStackCommand(app, context);
   AddLevelCommand(app, context);
@@ -88,10 +89,6 @@ void AddSubcommands(CLI::App& app, CommandContext& context) {
   AddSplitCommand(app, context);
   AddAnnotateCommand(app, context);
   AddSimulateCommand(app, context);
-  AddMapCommand(app, context);
-  AddMeasureCommand(app, context);
-  AddConvertCommand(app, context);
-  AddPlotCommand(app, context);
   AddDemoCommand(app, context);
   AddRunCommand(app, context);
   AddManualCommand(app, context);

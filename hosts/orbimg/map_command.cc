@@ -112,7 +112,7 @@ void Print(MapOptions& options, COrbImage const& map, CommandContext& context) {
 void RunMap(MapOptions& options, CommandContext& context) {
   Environment environment(context.out, context.err, options.common);
   FindValues(options);
-  CheckOutputFile(options.output, environment.existing);
+  CheckImageFile(options.output, environment.existing);
   if (!options.preview.empty()) CheckPictureFile(options.preview, environment.existing);
   Frame photograph;
   ReadForWork(options.input, photograph, environment);
@@ -128,7 +128,7 @@ void RunMap(MapOptions& options, CommandContext& context) {
   RunChecked(*options.entry, call, options.input, environment);
   map.header.RemoveWcs();
   map.header.AddHistory("orbimg map: " + DescribeValues(options.entry->parameters, options.values));
-  WriteFits(options.output, map, environment.existing);
+  WriteImage(options.output, map, environment);
   if (!options.preview.empty()) WriteRendering(options.preview, map.image, 24, environment.existing);
   Print(options, map.image, context);
 }
@@ -141,7 +141,7 @@ void AddMapCommand(CLI::App& app, CommandContext& context) {
   options->values.assign(options->entry->parameters.size(), std::nan(""));
   CLI::App* command = app.add_subcommand("map", Capitalised(options->entry->title));
   command->footer("Example: orbimg map jupiter.fits --disk 36 28 234 226 --tilt-x 15 --graticule -o map.fits");
-  command->add_option("file", options->input, "FITS or PNG file")->required();
+  command->add_option("file", options->input, "Image: FITS, TIFF, PNG, BMP or camera raw")->required();
   CLI::Option* disk =
       command->add_option("--disk", options->disk,
                           "Left, top, right and bottom of the disk, pixels, row 0 on top: its centre, radius and "
@@ -157,7 +157,7 @@ void AddMapCommand(CLI::App& app, CommandContext& context) {
   AddParameterOptions(*command, options->entry->parameters, options->values, {"x", "y", "radius"});
   command->add_option("--width", options->width, "Of the map, pixels; it is half as high (default: 1024)")
       ->check(CLI::Range(kLeastWidth, kMostWidth));
-  command->add_option("-o,--output", options->output, "FITS file to write")->required();
+  command->add_option("-o,--output", options->output, "File to write: .fits, .tif or .png")->required();
   command->add_option("--preview", options->preview, "Picture (.png, .bmp) of the map through its levels");
   command->add_flag("--json", options->json, "Print JSON");
   AddCommonOptions(*command, options->common, {.writes = true, .runsParallel = false, .usesBands = false});

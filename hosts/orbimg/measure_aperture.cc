@@ -60,6 +60,7 @@ void CheckRadii(ApertureOptions& options) {
 void AddMeasureAperture(CLI::App& group, CommandContext& context) {
   auto options = std::make_shared<ApertureOptions>();
   CLI::App* command = group.add_subcommand("aperture", "Sums in disks, less the sky in rings around them (plane 0)");
+  command->footer("Example: orbimg measure aperture stack.fits --disk 6 --ring 10 15 --json");
   AddMeasureOptions(*command, options->common);
   AddPositionOptions(*command, options->positions);
   // The library's largest aperture.

@@ -6,8 +6,9 @@
 namespace orb::host {
 
 void AddMeasureOptions(CLI::App& command, MeasureOptions& options) {
-  command.add_option("files", options.files, "FITS or PNG files")->required();
+  command.add_option("files", options.files, "Frames: FITS, TIFF, PNG, BMP or camera raw")->required();
   command.add_flag("--json", options.json, "Print JSON");
+  AddMosaicOption(command, options.mosaic);
 }
 
 Json FiniteOrNull(double v) { return std::isfinite(v) ? Json(v) : Json(nullptr); }

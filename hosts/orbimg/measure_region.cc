@@ -81,6 +81,7 @@ void AddOfRegion(CLI::App& group, std::string const& name, std::string const& he
                  CommandContext& context) {
   auto options = std::make_shared<RegionOptions>();
   CLI::App* command = group.add_subcommand(name, help);
+  command->footer(fmt::format("Example: orbimg measure {} stack.fits --rect 100 100 200 200", name));
   AddMeasureOptions(*command, options->common);
   CLI::Option* const rect =
       command->add_option("--rect", options->rect, "Left, top, right, bottom, the last two one past the end")

@@ -23,6 +23,7 @@ struct Report {
 struct MeasureOptions {
   std::vector<std::string> files;
   bool json = false;
+  bool mosaic = false;  // of camera raw: the sensor, not colours
 };
 
 void AddMeasureOptions(CLI::App& command, MeasureOptions& options);
@@ -36,7 +37,7 @@ void ReportFiles(MeasureOptions const& options, CommandContext& context, Measure
   Json all = Json::array();
   for (std::string const& file : ExpandFiles(options.files, FileOrder::kNatural)) {
     Frame frame;
-    ReadImage(file, frame);
+    ReadFrameFile(file, frame, {options.mosaic});
     Report report = measure(file, frame.image);
     if (options.json) {
       all.push_back(std::move(report.json));

@@ -76,6 +76,7 @@ Report ReportStars(std::string const& file, std::vector<StarMeasurement> const& 
 void AddMeasureStars(CLI::App& group, CommandContext& context) {
   auto options = std::make_shared<StarsOptions>();
   CLI::App* command = group.add_subcommand("stars", "Width and light of stars; those out of focus are told apart");
+  command->footer("Example: orbimg measure stars stack.fits --json");
   AddMeasureOptions(*command, options->common);
   AddPositionOptions(*command, options->positions);
   command->add_option("--reach", options->reach, "How far around a star its light is looked for, pixels (default: 6)")

@@ -141,7 +141,7 @@ StarWidth MeasureBlur(std::string const& from, COrbImage const& image, std::stri
     width = MeasureStarWidth(image, ReadStarText(from));
   } else {
     Frame frame;
-    ReadImage(from, frame);
+    ReadFrameFile(from, frame);
     width = MeasureStarWidth(frame.image, FindStars(frame.image, {}));
   }
   if (width.stars > 0) return width;
