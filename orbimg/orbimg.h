@@ -27,6 +27,10 @@
 #include <orbimg/geometry/rotate.h>
 #include <orbimg/geometry/scroll.h>
 #include <orbimg/geometry/soft_binning.h>
+#include <orbimg/measure/aperture_mark.h>
+#include <orbimg/measure/photometry.h>
+#include <orbimg/measure/pixel_info.h>
+#include <orbimg/measure/star_profile.h>
 #include <orbimg/resources/message_table.h>
 #include <orbimg/restoration/copy_floats.h>
 #include <orbimg/restoration/fft2.h>
@@ -39,11 +43,6 @@
 #include <orbimg/restoration/packed_spectrum.h>
 #include <orbimg/restoration/real_transform.h>
 #include <orbimg/restoration/wiener.h>
-#include <orbimg/measure/aperture_mark.h>
-#include <orbimg/measure/photometry.h>
-#include <orbimg/measure/pixel_info.h>
-#include <orbimg/measure/star_profile.h>
-#include <orbimg/resources/message_table.h>
 #include <orbimg/sky/mask_pattern.h>
 #include <orbimg/sky/sky_flat.h>
 #include <orbimg/sky/sky_selection.h>

@@ -33,8 +33,8 @@ struct StarFinderSettings {
 struct Star {
   double x = 0.0;  // pixels, middles of pixels at whole numbers, row 0 on top
   double y = 0.0;
-  double peak = 0.0;  // raw units above the sky
-  double flux = 0.0;  // raw units above the sky
+  double peak = 0.0;   // raw units above the sky
+  double flux = 0.0;   // raw units above the sky
   double width = 0.0;  // pixels: full width at half maximum; 0 where none could be measured
 };
 

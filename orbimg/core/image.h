@@ -56,8 +56,8 @@ class ORBCIM_API CImage : public CObject {
   int ChangeBits(int bitsPixel, int, int, HWND, char const*);
   // Keeps the planes that stay and fills new ones, samples and levels, from plane 0. 0 on failure.
   int ChangePlanes(int planes, HWND, char const*);
-  // Gives the image another size; its samples have no defined value afterwards. Memory of its own that has as many bytes
-  // is kept, else it is new. Levels stay. 0 on failure.
+  // Gives the image another size; its samples have no defined value afterwards. Memory of its own that has as many
+  // bytes is kept, else it is new. Levels stay. 0 on failure.
   int ChangeSize(int width, int height, HWND, char const*);
   // Smallest and largest stored sample of a plane, of any format, starting from sample (0, 0): other samples that are
   // not numbers are passed over, but one at (0, 0) stays. 0 and 0 if there is no such plane or it has no samples.

@@ -13,8 +13,8 @@ namespace {
 constexpr double kLargestRadius = 302.0;
 constexpr int kNothing = -1;
 
-// Beyond this a hole's radius has no effect of its own: even where a circle of it is squeezed flat, its outermost row is
-// longer than half of any aperture.
+// Beyond this a hole's radius has no effect of its own: even where a circle of it is squeezed flat, its outermost row
+// is longer than half of any aperture.
 constexpr int kLargestHole = 1 << 17;
 
 // Points by distance from the centre, into the two outlines of an ellipse. Points beyond the outlines' ends, which a
