@@ -101,7 +101,7 @@ TEST(MaskPattern, BlankingEqualsThePlainFormulaEverywhere) {
     for (int planes : {1, 3}) {
       for (int maskPlanes : {1, 3}) {
         COrbImage const image = RandomImage(random, width, height, planes);
-        COrbImage mask = RandomMask(random, width + 2, std::max(height - 1, 1), maskPlanes);
+        COrbImage mask = RandomMask(random, width + 2, std::max(height - 1, 2), maskPlanes);
         if (width == 40) StrewSpecialSamples(mask, random);
         mask.SetStdCtr(width / 2.0, height / 2.0);
         for (Placed const& at : {Placed{0, 0, 0}, Placed{3, -2, 0}, Placed{0.25, 0.75, 0}, Placed{0, 0, 90},
