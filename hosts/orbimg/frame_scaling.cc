@@ -6,6 +6,7 @@
 #include <hosts/io/frame_file.h>
 #include <hosts/io/host_error.h>
 #include <hosts/orbimg/frame_median.h>
+#include <hosts/orbimg/frame_statistics.h>
 #include <hosts/orbimg/parallel.h>
 
 namespace orb::host {
@@ -31,6 +32,16 @@ Measured MeasureFrame(FrameReader& reader) {
   Measured planes;
   for (int p = 0; p < image.GetPlanes(); ++p) planes.push_back(MeasureSky(image, p, nullptr));
   return planes;
+}
+
+std::vector<Measured> MeasureFrames(ReaderList const& readers, Environment& environment) {
+  std::vector<Measured> frames(readers.size());
+  int const threads = FindThreads(readers.front()->Shape(), environment);
+  RunInParallel(static_cast<std::int64_t>(readers.size()), threads, [&](std::int64_t i) {
+    auto const index = static_cast<std::size_t>(i);
+    frames[index] = MeasureFrame(*readers[index]);
+  });
+  return frames;
 }
 
 void CheckNoise(ReaderList const& readers, std::vector<Measured> const& frames) {
@@ -78,16 +89,6 @@ void WeighByNoise(std::vector<Measured> const& frames, std::vector<FrameScaling>
 bool FrameScaling::IsIdle() const {
   return std::all_of(factors.begin(), factors.end(), [](double v) { return v == 1.0; }) &&
          std::all_of(offsets.begin(), offsets.end(), [](double v) { return v == 0.0; });
-}
-
-std::vector<Measured> MeasureFrames(ReaderList const& readers, Environment& environment) {
-  std::vector<Measured> frames(readers.size());
-  int const threads = FindThreads(readers.front()->Shape(), environment);
-  RunInParallel(static_cast<std::int64_t>(readers.size()), threads, [&](std::int64_t i) {
-    auto const index = static_cast<std::size_t>(i);
-    frames[index] = MeasureFrame(*readers[index]);
-  });
-  return frames;
 }
 
 std::vector<FrameScaling> FindScalings(ReaderList const& readers, Normalise normalise, Weighting weighting,

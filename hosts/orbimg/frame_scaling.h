@@ -6,7 +6,6 @@
 
 #include <hosts/orbimg/environment.h>
 #include <hosts/orbimg/frame_set.h>
-#include <hosts/orbimg/frame_statistics.h>
 
 namespace orb::host {
 
@@ -30,10 +29,8 @@ enum class Weighting {
   kNoise,  // 1 / noise^2, of the frame as it stands, the mean over its planes
 };
 
-// Sky and noise of every plane of a frame. HostError where a frame does not fit into `memory`.
-std::vector<std::vector<SampleStatistics>> MeasureFrames(ReaderList const& readers, Environment& environment);
-
-// One scaling a frame. HostError names the frame whose noise is 0 where that is divided by.
+// One scaling a frame. HostError names the frame whose noise is 0 where that is divided by, or what memory it takes
+// to measure a frame where there is less.
 std::vector<FrameScaling> FindScalings(ReaderList const& readers, Normalise normalise, Weighting weighting,
                                        Environment& environment);
 
